@@ -1,0 +1,20 @@
+# Compiler settings shared by everything that is built here: one target to link, `tarvex_compiler`.
+#
+# The same input must give the same bits on every target, so products and sums are never fused and
+# 32-bit x86 computes in SSE2 registers instead of the wider x87 ones.
+add_library(tarvex_compiler INTERFACE)
+target_compile_options(tarvex_compiler INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off
+  $<$<BOOL:${TARVEX_WERROR}>:-Werror>)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64")
+  target_compile_options(tarvex_compiler INTERFACE -msse2 -mfpmath=sse)
+endif()
+if(TARVEX_SANITIZE)
+  add_compile_options(-fsanitize=${TARVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TARVEX_SANITIZE})
+endif()
+
+find_program(TARVEX_CCACHE ccache)
+if(TARVEX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${TARVEX_CCACHE})
+endif()

@@ -1,0 +1,89 @@
+// The plain value records in which geometry is passed, and the containers of contours.
+//
+// Coordinates are 64-bit doubles in the caller's unit; for shapes that come from rasters x is the
+// pixel column and y the pixel row, growing downwards. Angles are radians.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "tarvex/framework.h"
+
+namespace tarvex {
+
+/// Two points are one when both coordinates differ by less than this.
+inline constexpr double POINT_EPSILON = 1e-8;
+
+/// A point.
+struct DPOINT {
+    double x = 0;
+    double y = 0;
+};
+
+/// Equal within POINT_EPSILON in each coordinate. A NaN coordinate equals nothing.
+inline bool operator==(const DPOINT& a, const DPOINT& b) {
+    return std::fabs(a.x - b.x) < POINT_EPSILON && std::fabs(a.y - b.y) < POINT_EPSILON;
+}
+
+/// A point in single precision.
+struct FPOINT {
+    float x = 0;
+    float y = 0;
+};
+
+/// A node of a cubic Bezier contour.
+///
+/// The segment between nodes i and i+1 is the cubic (pt of i, cp2 of i, cp1 of i+1, pt of i+1). A
+/// control point on its anchor means no handle on that side; a straight segment has none at either
+/// end. A contour is closed when its last anchor equals its first.
+struct BPOINT {
+    DPOINT cp1;               ///< incoming control point
+    DPOINT pt;                ///< anchor
+    DPOINT cp2;               ///< outgoing control point
+    std::uint16_t flags = 0;  ///< the application's; the library sets 0 in new nodes and never reads it
+    std::uint16_t padding[3] = {};  ///< always 0: the record is archived as its 56 bytes
+};
+
+struct DLINE {
+    DPOINT p1;
+    DPOINT p2;
+};
+
+struct FLINE {
+    FPOINT p1;
+    FPOINT p2;
+};
+
+/// A rectangle, in this order and not the usual one: smallest x, largest x, smallest y, largest y.
+struct DRECT {
+    double left = 0;
+    double right = 0;
+    double top = 0;
+    double bottom = 0;
+};
+
+/// Three integers that the application gives meaning (corner indices into the points of a CTrigArray).
+struct TRIG {
+    std::int32_t a = 0;
+    std::int32_t b = 0;
+    std::int32_t c = 0;
+};
+
+/// A cubic segment: the output of curve fitting, and the unit of work of flattening.
+struct BEZIER {
+    DPOINT p0;  ///< start
+    DPOINT p1;  ///< first control point
+    DPOINT p2;  ///< second control point
+    DPOINT p3;  ///< end
+    double flatness = 0;                       ///< legs up to this length count as flat
+    CArray<DPOINT, DPOINT>* target = nullptr;  ///< receives the points; not owned
+    std::int32_t startCount = 0;               ///< size of `target` when flattening began
+};
+
+static_assert(sizeof(DPOINT) == 16 && sizeof(FPOINT) == 8 && sizeof(DLINE) == 32 && sizeof(FLINE) == 16);
+static_assert(sizeof(DRECT) == 32 && sizeof(TRIG) == 12);
+static_assert(sizeof(BPOINT) == 56 && offsetof(BPOINT, pt) == 16 && offsetof(BPOINT, cp2) == 32 &&
+              offsetof(BPOINT, flags) == 48);
+
+}  // namespace tarvex
