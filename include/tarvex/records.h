@@ -12,8 +12,9 @@
 
 namespace tarvex {
 
-/// Two points are one when both coordinates differ by less than this.
-inline constexpr double POINT_EPSILON = 1e-8;
+/// The library's one geometric tolerance, absolute and in the caller's unit: what is shorter, flatter or
+/// nearer than this counts as nothing. Comparisons against it are strict unless a function says otherwise.
+inline constexpr double GEOMETRY_EPSILON = 1e-8;
 
 /// A point.
 struct DPOINT {
@@ -21,9 +22,9 @@ struct DPOINT {
     double y = 0;
 };
 
-/// Equal within POINT_EPSILON in each coordinate. A NaN coordinate equals nothing.
+/// Equal within GEOMETRY_EPSILON in each coordinate. A NaN coordinate equals nothing.
 inline bool operator==(const DPOINT& a, const DPOINT& b) {
-    return std::fabs(a.x - b.x) < POINT_EPSILON && std::fabs(a.y - b.y) < POINT_EPSILON;
+    return std::fabs(a.x - b.x) < GEOMETRY_EPSILON && std::fabs(a.y - b.y) < GEOMETRY_EPSILON;
 }
 
 /// A point in single precision.
@@ -38,10 +39,10 @@ struct FPOINT {
 /// control point on its anchor means no handle on that side; a straight segment has none at either
 /// end. A contour is closed when its last anchor equals its first.
 struct BPOINT {
-    DPOINT cp1;               ///< incoming control point
-    DPOINT pt;                ///< anchor
-    DPOINT cp2;               ///< outgoing control point
-    std::uint16_t flags = 0;  ///< the application's; the library sets 0 in new nodes and never reads it
+    DPOINT cp1;                     ///< incoming control point
+    DPOINT pt;                      ///< anchor
+    DPOINT cp2;                     ///< outgoing control point
+    std::uint16_t flags = 0;        ///< the application's; the library sets 0 in new nodes and never reads it
     std::uint16_t padding[3] = {};  ///< always 0: the record is archived as its 56 bytes
 };
 
@@ -72,10 +73,10 @@ struct TRIG {
 
 /// A cubic segment: the output of curve fitting, and the unit of work of flattening.
 struct BEZIER {
-    DPOINT p0;  ///< start
-    DPOINT p1;  ///< first control point
-    DPOINT p2;  ///< second control point
-    DPOINT p3;  ///< end
+    DPOINT p0;                                 ///< start
+    DPOINT p1;                                 ///< first control point
+    DPOINT p2;                                 ///< second control point
+    DPOINT p3;                                 ///< end
     double flatness = 0;                       ///< legs up to this length count as flat
     CArray<DPOINT, DPOINT>* target = nullptr;  ///< receives the points; not owned
     std::int32_t startCount = 0;               ///< size of `target` when flattening began
