@@ -57,7 +57,8 @@ class TARVEX_API CArchiveException : public std::runtime_error {
 // ---------------------------------------------------------------------------------------------
 // Objects
 
-/// The name and size of a class, as `CObject::GetRuntimeClass` tells it.
+/// The name and size of a class, as `CObject::GetRuntimeClass` tells it. A class that declares none of
+/// its own tells its base's.
 struct CRuntimeClass {
     const char* m_lpszClassName;
     int m_nObjectSize;
@@ -135,7 +136,8 @@ class TARVEX_API CArchive {
 /// size once. New elements are zero bytes; constructors never run.
 ///
 /// Any index outside the array and any impossible size raise CInvalidArgException, failing allocation
-/// raises CMemoryException, and the array is as it was before the call.
+/// raises CMemoryException, and the array is as it was before the call. Pointers and references to
+/// elements hold until the array next grows, frees its storage or is moved from.
 template <class T, class ARG = T>
 class CArray : public CObject {
     static_assert(std::is_trivially_copyable_v<T>, "elements are moved with byte copies");
@@ -145,6 +147,18 @@ class CArray : public CObject {
     ~CArray() override { ::operator delete(m_data); }
     CArray(const CArray&) = delete;
     CArray& operator=(const CArray&) = delete;
+    /// Takes over storage and growth step; `other` is left as if new.
+    CArray(CArray&& other) noexcept { Swap(other); }
+    CArray& operator=(CArray&& other) noexcept {
+        CArray(std::move(other)).Swap(*this);
+        return *this;
+    }
+    void Swap(CArray& other) noexcept {
+        std::swap(m_data, other.m_data);
+        std::swap(m_count, other.m_count);
+        std::swap(m_capacity, other.m_capacity);
+        std::swap(m_growBy, other.m_growBy);
+    }
 
     int GetSize() const { return m_count; }
     int GetCount() const { return m_count; }
@@ -188,6 +202,11 @@ class CArray : public CObject {
     const T& operator[](int i) const { return m_data[Checked(i)]; }
     T* GetData() { return m_data; }
     const T* GetData() const { return m_data; }
+    /// The elements as a range; an array also converts to a std::span of them.
+    T* begin() { return m_data; }
+    T* end() { return m_data + m_count; }
+    const T* begin() const { return m_data; }
+    const T* end() const { return m_data + m_count; }
 
     void SetAt(int i, ARG value) { m_data[Checked(i)] = value; }
 
@@ -252,11 +271,16 @@ class CArray : public CObject {
     }
 
     /// Archives the count and then the elements' bytes. Loading raises CArchiveException, before
-    /// anything is allocated, when the archive does not hold as many elements as it announces.
+    /// anything is allocated and with the array as it was, when the archive does not hold as many
+    /// elements as it announces.
+    ///
+    /// A record with bytes that mean nothing outside this process (padding, addresses) declares
+    /// `void ClearUnarchived(Record&)` beside itself: those bytes are zero in archives, and in the
+    /// elements after loading.
     void Serialize(CArchive& ar) override {
         if (ar.IsStoring()) {
             ar.WriteCount(static_cast<std::uint32_t>(m_count));
-            ar.Write(m_data, Bytes(m_count));
+            StoreElements(ar);
             return;
         }
         const std::uint32_t count = ar.ReadCount();
@@ -264,9 +288,27 @@ class CArray : public CObject {
             throw CArchiveException("the archive announces more elements than it holds");
         SetSize(static_cast<int>(count));
         ar.Read(m_data, Bytes(m_count));
+        if constexpr (requires(T & record) { ClearUnarchived(record); }) {
+            for (T& record : *this) ClearUnarchived(record);
+        }
     }
 
   private:
+    void StoreElements(CArchive& ar) const {
+        if constexpr (requires(T & record) { ClearUnarchived(record); }) {
+            constexpr int chunkSize = 64;
+            T chunk[chunkSize];
+            for (int done = 0; done < m_count; done += chunkSize) {
+                const int n = m_count - done < chunkSize ? m_count - done : chunkSize;
+                std::memcpy(static_cast<void*>(chunk), m_data + done, Bytes(n));
+                for (int k = 0; k < n; ++k) ClearUnarchived(chunk[k]);
+                ar.Write(chunk, Bytes(n));
+            }
+        } else {
+            ar.Write(m_data, Bytes(m_count));
+        }
+    }
+
     static std::size_t Bytes(int n) { return static_cast<std::size_t>(n) * sizeof(T); }
 
     static int Sum(int a, int b) {
@@ -275,7 +317,8 @@ class CArray : public CObject {
     }
 
     int Checked(int i) const {
-        if (static_cast<std::uint32_t>(i) >= static_cast<std::uint32_t>(m_count)) AfxThrowInvalidArgException();
+        if (static_cast<std::uint32_t>(i) >= static_cast<std::uint32_t>(m_count))
+            AfxThrowInvalidArgException();
         return i;
     }
 
@@ -333,10 +376,14 @@ class CArray : public CObject {
 /// Array of pointers it does not own. Nothing of it is archived.
 class TARVEX_API CPtrArray : public CArray<void*, void*> {
   public:
+    const CRuntimeClass* GetRuntimeClass() const override;
     void Serialize(CArchive& ar) override;
 };
 
 /// Array of 32-bit words.
-class TARVEX_API CDWordArray : public CArray<DWORD, DWORD> {};
+class TARVEX_API CDWordArray : public CArray<DWORD, DWORD> {
+  public:
+    const CRuntimeClass* GetRuntimeClass() const override;
+};
 
 }  // namespace tarvex

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "tarvex/framework.h"
 
@@ -22,7 +23,8 @@ struct DPOINT {
     double y = 0;
 };
 
-/// Equal within GEOMETRY_EPSILON in each coordinate. A NaN coordinate equals nothing.
+/// Equal within POINT_EPSILON in each coordinate, so not transitive. A point with a NaN coordinate, or
+/// an infinite one, equals nothing, itself included.
 inline bool operator==(const DPOINT& a, const DPOINT& b) {
     return std::fabs(a.x - b.x) < GEOMETRY_EPSILON && std::fabs(a.y - b.y) < GEOMETRY_EPSILON;
 }
@@ -43,8 +45,12 @@ struct BPOINT {
     DPOINT pt;                      ///< anchor
     DPOINT cp2;                     ///< outgoing control point
     std::uint16_t flags = 0;        ///< the application's; the library sets 0 in new nodes and never reads it
-    std::uint16_t padding[3] = {};  ///< always 0: the record is archived as its 56 bytes
+    std::uint16_t padding[3] = {};  ///< without meaning; 0 in archives, where a node takes 56 bytes
 };
+
+inline void ClearUnarchived(BPOINT& node) {
+    for (std::uint16_t& word : node.padding) word = 0;
+}
 
 struct DLINE {
     DPOINT p1;
@@ -71,7 +77,9 @@ struct TRIG {
     std::int32_t c = 0;
 };
 
-/// A cubic segment: the output of curve fitting, and the unit of work of flattening.
+/// A cubic segment: the output of curve fitting, and the unit of work of flattening. Its size is that
+/// of its fields on the machine at hand, so an archive of them is read by the same kind of machine;
+/// the target's address never enters one.
 struct BEZIER {
     DPOINT p0;                                 ///< start
     DPOINT p1;                                 ///< first control point
@@ -81,6 +89,18 @@ struct BEZIER {
     CArray<DPOINT, DPOINT>* target = nullptr;  ///< receives the points; not owned
     std::int32_t startCount = 0;               ///< size of `target` when flattening began
 };
+
+inline void ClearUnarchived(BEZIER& segment) {
+    const BEZIER kept = segment;
+    std::memset(static_cast<void*>(&segment), 0, sizeof segment);  // padding at the end included
+    segment.p0 = kept.p0;
+    segment.p1 = kept.p1;
+    segment.p2 = kept.p2;
+    segment.p3 = kept.p3;
+    segment.flatness = kept.flatness;
+    segment.target = nullptr;
+    segment.startCount = kept.startCount;
+}
 
 static_assert(sizeof(DPOINT) == 16 && sizeof(FPOINT) == 8 && sizeof(DLINE) == 32 && sizeof(FLINE) == 16);
 static_assert(sizeof(DRECT) == 32 && sizeof(TRIG) == 12);

@@ -1,5 +1,5 @@
 // Archives over memory and over files.
-#include <cstdio>
+#include <fstream>
 #include <system_error>
 
 #include "tarvex/framework.h"
@@ -13,17 +13,13 @@ namespace {
     throw CArchiveException(file.string() + ": " + what);
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 struct CArchive::Impl {
     bool loading = false;
     std::span<const std::byte> source;       // what is left to read, when reading memory
     std::vector<std::byte>* sink = nullptr;  // when writing memory
-    std::unique_ptr<std::FILE, FileCloser> file;
+    std::filebuf file;                       // open when reading or writing a file
     std::filesystem::path name;
     std::uint64_t fileRemaining = 0;
 };
@@ -43,8 +39,9 @@ CArchive::CArchive(const std::filesystem::path& file, Mode mode) : m_impl(std::m
         m_impl->fileRemaining = std::filesystem::file_size(file, failure);
         if (failure) ThrowFileFailure(file, "cannot be read");
     }
-    m_impl->file.reset(std::fopen(file.string().c_str(), mode == load ? "rb" : "wb"));
-    if (!m_impl->file) ThrowFileFailure(file, mode == load ? "cannot be read" : "cannot be written");
+    const auto direction = mode == load ? std::ios::in : std::ios::out | std::ios::trunc;
+    if (m_impl->file.open(file, direction | std::ios::binary) == nullptr)
+        ThrowFileFailure(file, mode == load ? "cannot be read" : "cannot be written");
 }
 
 CArchive::~CArchive() = default;
@@ -54,15 +51,17 @@ bool CArchive::IsStoring() const { return !m_impl->loading; }
 
 std::uint64_t CArchive::Remaining() const {
     if (!m_impl->loading) return 0;
-    return m_impl->file ? m_impl->fileRemaining : m_impl->source.size();
+    return m_impl->file.is_open() ? m_impl->fileRemaining : m_impl->source.size();
 }
 
 void CArchive::Read(void* data, std::size_t size) {
     if (!m_impl->loading) throw CArchiveException("the archive is being written, not read");
     if (size > Remaining()) throw CArchiveException("the archive ends early");
     if (size == 0) return;
-    if (m_impl->file) {
-        if (std::fread(data, 1, size, m_impl->file.get()) != size) ThrowFileFailure(m_impl->name, "ends early");
+    if (m_impl->file.is_open()) {
+        const auto count = static_cast<std::streamsize>(size);
+        if (m_impl->file.sgetn(static_cast<char*>(data), count) != count)
+            ThrowFileFailure(m_impl->name, "ends early");
         m_impl->fileRemaining -= size;
         return;
     }
@@ -78,8 +77,10 @@ void CArchive::Write(const void* data, std::size_t size) {
         m_impl->sink->insert(m_impl->sink->end(), bytes, bytes + size);
         return;
     }
-    if (!m_impl->file) throw CArchiveException("the archive is closed");
-    if (std::fwrite(data, 1, size, m_impl->file.get()) != size) ThrowFileFailure(m_impl->name, "cannot be written");
+    if (!m_impl->file.is_open()) throw CArchiveException("the archive is closed");
+    const auto count = static_cast<std::streamsize>(size);
+    if (m_impl->file.sputn(static_cast<const char*>(data), count) != count)
+        ThrowFileFailure(m_impl->name, "cannot be written");
 }
 
 std::uint32_t CArchive::ReadCount() {
@@ -104,8 +105,8 @@ void CArchive::WriteCount(std::uint32_t count) {
 }
 
 void CArchive::Close() {
-    if (!m_impl->file) return;
-    const bool failed = std::fclose(m_impl->file.release()) != 0;
+    if (!m_impl->file.is_open()) return;
+    const bool failed = m_impl->file.close() == nullptr;
     if (failed && !m_impl->loading) ThrowFileFailure(m_impl->name, "cannot be written");
     m_impl->fileRemaining = 0;
 }

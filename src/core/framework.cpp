@@ -26,6 +26,15 @@ void CObject::Serialize(CArchive&) {}
 void CObject::AssertValid() const {}
 void CObject::Dump() const {}
 
+const CRuntimeClass* CPtrArray::GetRuntimeClass() const {
+    static constexpr CRuntimeClass pointers{"CPtrArray", sizeof(CPtrArray)};
+    return &pointers;
+}
 void CPtrArray::Serialize(CArchive&) {}
+
+const CRuntimeClass* CDWordArray::GetRuntimeClass() const {
+    static constexpr CRuntimeClass words{"CDWordArray", sizeof(CDWordArray)};
+    return &words;
+}
 
 }  // namespace tarvex
