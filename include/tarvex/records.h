@@ -17,6 +17,9 @@ namespace tarvex {
 /// nearer than this counts as nothing. Comparisons against it are strict unless a function says otherwise.
 inline constexpr double GEOMETRY_EPSILON = 1e-8;
 
+/// Points nearer to each other than this in both coordinates are one.
+inline constexpr double POINT_EPSILON = GEOMETRY_EPSILON;
+
 /// A point.
 struct DPOINT {
     double x = 0;
@@ -26,7 +29,7 @@ struct DPOINT {
 /// Equal within POINT_EPSILON in each coordinate, so not transitive. A point with a NaN coordinate, or
 /// an infinite one, equals nothing, itself included.
 inline bool operator==(const DPOINT& a, const DPOINT& b) {
-    return std::fabs(a.x - b.x) < GEOMETRY_EPSILON && std::fabs(a.y - b.y) < GEOMETRY_EPSILON;
+    return std::fabs(a.x - b.x) < POINT_EPSILON && std::fabs(a.y - b.y) < POINT_EPSILON;
 }
 
 /// A point in single precision.
