@@ -1,0 +1,45 @@
+// The readers behind DecodePicture, one per family of formats, and what they share.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "tarvex/picture.h"
+
+namespace tarvex::app {
+
+using Bytes = std::span<const std::uint8_t>;
+
+enum class PictureKind { Unknown, Png, Jpeg, Bmp, Netpbm };
+
+/// Longest beginning of a file that PictureKindOf looks at.
+inline constexpr std::size_t SNIFFED_BYTES = 16;
+
+PictureKind PictureKindOf(Bytes start);
+
+Picture DecodePng(Bytes bytes, const PictureLimits& limits);
+Picture DecodeJpeg(Bytes bytes, const PictureLimits& limits);
+Picture DecodeBmp(Bytes bytes, const PictureLimits& limits);
+Picture DecodeNetpbm(Bytes bytes, const PictureLimits& limits);
+
+/// Raises PictureError unless a picture of this size has pixels, within the limit. Each reader calls
+/// it before it takes memory on the word of a header.
+void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLimits& limits);
+
+/// Clears the bits of a Bit1 row that lie past its width.
+void ClearRowPadding(Picture& picture, int y);
+
+/// Colours of an indexed picture, and the smallest form that shows them all.
+struct Palette {
+    std::vector<Rgba> colours;
+
+    bool IsGrey() const;
+    /// Two colours, black and white in either order.
+    bool IsBlackAndWhite() const;
+};
+
+/// The picture turned upright, given the orientation 1..8 that cameras write into their files
+/// (1 is upright; other values change nothing).
+Picture Upright(Picture picture, int orientation);
+
+}  // namespace tarvex::app
