@@ -1,0 +1,27 @@
+// Output files that appear whole or not at all.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarvex::app {
+
+/// Writes a file, or standard output for "-". A regular file is written aside, in the same directory
+/// under a name of its own, and renamed at the end: whoever looks sees the old content or the new.
+/// A link is followed, and what is no regular file (a device, a pipe) is written to directly.
+/// When it fails, or the program is interrupted, nothing is left behind.
+/// Raises ProgramError with ExitStatus::File.
+void WriteOutput(const std::string& path, std::string_view content);
+
+/// Raises, before any long work, the error that WriteOutput would meet for certain: a directory, a
+/// directory that is not there, no permission.
+void CheckOutput(const std::string& path);
+
+/// From here on Ctrl-C, a hang-up or a request to terminate removes the file being written aside and
+/// ends the program with status 128 + the signal's number (130 for Ctrl-C).
+void RemoveOutputOnInterrupt();
+
+/// The name that messages use: the path, or "standard output" for "-".
+std::string OutputName(const std::string& path);
+
+}  // namespace tarvex::app
