@@ -1,0 +1,125 @@
+#include "tarvex/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tarvex/commands.h"
+#include "tarvex/output.h"
+#include "tarvex/program_error.h"
+
+namespace tarvex::app {
+
+namespace {
+
+constexpr const char* DESCRIPTION =
+    "Traces pictures to Bezier outlines.\n"
+    "\n"
+    "Exit status: 0 done, 1 nothing found, 2 wrong usage, 3 a file cannot be read or written.";
+
+int Fail(ExitStatus status, std::string line) {
+    for (char& c : line) {
+        if (c == '\n' || c == '\r') c = ' ';
+    }
+    std::fprintf(stderr, "tarvex: %s\n", line.c_str());
+    return static_cast<int>(status);
+}
+
+/// The command line as far as a command was recognised, to ask for help about.
+std::string HelpFor(const CLI::App& program) {
+    std::string command = "tarvex";
+    for (const CLI::App* chosen : program.get_subcommands()) command += ' ' + chosen->get_name();
+    return command + " --help";
+}
+
+/// The first argument that nothing takes. CLI11 would rather speak of what is missing, which is
+/// often only the other side of a misspelling.
+std::string UnknownArgument(const CLI::App& program) {
+    const auto chosen = program.get_subcommands();
+    const std::vector<std::string> rest = chosen.empty() ? program.remaining() : chosen.front()->remaining();
+    for (const std::string& argument : rest) {
+        if (argument != "--") return argument;
+    }
+    return {};
+}
+
+std::string Explained(const CLI::App& program, const CLI::ParseError& error) {
+    const std::string unknown = UnknownArgument(program);
+    if (unknown.empty()) {
+        return program.get_subcommands().empty() ? std::string("a command is required") : error.what();
+    }
+    if (!program.get_subcommands().empty() || unknown.front() == '-') return unknown + ": unknown argument";
+    return unknown + ": there is no such command";
+}
+
+int Run(const Action& action) {
+    try {
+        return action();
+    } catch (const ProgramError& error) {
+        return Fail(error.Status(), error.what());
+    } catch (const std::bad_alloc&) {
+        return Fail(ExitStatus::File, "not enough memory");
+    } catch (const std::exception& error) {
+        return Fail(ExitStatus::File, error.what());
+    }
+}
+
+}  // namespace
+
+CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most) {
+    const auto check = [least, most](const std::string& text) {
+        std::uint64_t number = 0;
+        const char* end = text.data() + text.size();
+        const auto [stopped, error] = std::from_chars(text.data(), end, number);
+        if (error == std::errc{} && stopped == end && number >= least && number <= most) return std::string();
+        return "'" + text + "' is not a whole number from " + std::to_string(least) + " to " +
+               std::to_string(most);
+    };
+    return CLI::Validator(check, "");
+}
+
+void AddMaxPixels(CLI::App& command, std::uint64_t& maxPixels) {
+    constexpr std::uint64_t most = 1'000'000'000'000;
+    command.add_option("--max-pixels", maxPixels, "Refuse pictures of more pixels")
+        ->check(WholeNumber(1, most))
+        ->type_name("N")
+        ->capture_default_str();
+}
+
+void AddAutoOrInteger(CLI::App& command, const std::string& name, std::optional<int>& value, int least,
+                      int most, const std::string& description) {
+    const auto isWhole = WholeNumber(static_cast<std::uint64_t>(least), static_cast<std::uint64_t>(most));
+    const auto parse = [name, isWhole, &value](const std::string& text) {
+        value.reset();
+        if (text == "auto") return;
+        const std::string problem = isWhole(text);
+        if (!problem.empty()) throw CLI::ValidationError(name, problem + ", nor auto");
+        value = std::stoi(text);
+    };
+    command.add_option_function<std::string>(name, parse, description)
+        ->type_name("auto|" + std::to_string(least) + ".." + std::to_string(most));
+}
+
+int RunProgram(int argc, const char* const* argv) {
+    RemoveOutputOnInterrupt();
+    CLI::App program(DESCRIPTION, "tarvex");
+    program.set_version_flag("--version", std::string("tarvex ") + TARVEX_VERSION);
+    program.require_subcommand(1);
+    Action action;
+    AddTraceCommand(program, action);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        return program.exit(request);  // help or the version, on standard output
+    } catch (const CLI::ParseError& error) {
+        return Fail(ExitStatus::Usage, Explained(program, error) + "; see \"" + HelpFor(program) + "\"");
+    }
+    return Run(action);
+}
+
+}  // namespace tarvex::app

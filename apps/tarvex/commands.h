@@ -1,0 +1,33 @@
+// How a command joins the program: it adds itself and its options to the parser, and when it is the
+// one chosen, the action it leaves behind runs.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tarvex::app {
+
+/// What the chosen command does; returns the exit status or raises ProgramError.
+using Action = std::function<int()>;
+
+/// `tarvex trace`.
+void AddTraceCommand(CLI::App& program, Action& action);
+
+// ---------------------------------------------------------------------------------------------
+// What several commands' options share
+
+/// Checks that an option's value is a whole number from `least` to `most`.
+CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most);
+
+/// Adds `--max-pixels`.
+void AddMaxPixels(CLI::App& command, std::uint64_t& maxPixels);
+
+/// Adds an option that takes "auto" (no value) or an integer from `least` to `most`.
+void AddAutoOrInteger(CLI::App& command, const std::string& name, std::optional<int>& value, int least,
+                      int most, const std::string& description);
+
+}  // namespace tarvex::app

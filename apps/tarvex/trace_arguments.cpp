@@ -1,0 +1,95 @@
+// The options of `tarvex trace`.
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "tarvex/commands.h"
+#include "tarvex/decimal.h"
+#include "tarvex/trace_command.h"
+
+namespace tarvex::app {
+
+namespace {
+
+constexpr int MOST_DETAIL = 16;
+constexpr int MOST_MIN_POINTS = 1'000'000;
+
+/// What the parser collects: the options themselves, and words that become options at the end.
+struct TraceArguments {
+    TraceOptions options;
+    std::string mode = "outline";
+    std::optional<std::string> format;
+};
+
+std::string LowerEnding(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending;
+}
+
+Format FormatOf(const TraceArguments& arguments) {
+    static const std::map<std::string, Format> formats = {{"svg", Format::Svg}, {"json", Format::Json}};
+    if (arguments.format) {
+        const auto found = formats.find(*arguments.format);
+        if (found != formats.end()) return found->second;
+        throw CLI::ValidationError("--format", "'" + *arguments.format + "' is neither svg nor json");
+    }
+    if (arguments.options.output == "-") return Format::Svg;
+    const std::string ending = LowerEnding(arguments.options.output);
+    const auto found = ending.empty() ? formats.end() : formats.find(ending.substr(1));
+    if (found != formats.end()) return found->second;
+    throw CLI::ValidationError(arguments.options.output,
+                               "its ending is neither .svg nor .json; name it so, or add --format");
+}
+
+void Complete(TraceArguments& arguments) {
+    if (arguments.mode != "outline") {
+        throw CLI::ValidationError("--mode", "'" + arguments.mode + "' is not a mode; there is outline");
+    }
+    arguments.options.format = FormatOf(arguments);
+}
+
+}  // namespace
+
+void AddTraceCommand(CLI::App& program, Action& action) {
+    CLI::App* trace = program.add_subcommand("trace", "Trace a picture to Bezier outlines");
+    const auto arguments = std::make_shared<TraceArguments>();
+    TraceOptions& options = arguments->options;
+    trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
+        ->required()
+        ->type_name("IN");
+    trace->add_option("-o,--output", options.output, "SVG or JSON file to write; - is standard output")
+        ->required()
+        ->type_name("OUT");
+    trace->add_option("--mode", arguments->mode, "What to trace: outline, the outlines of shapes")
+        ->type_name("MODE")
+        ->capture_default_str();
+    AddAutoOrInteger(*trace, "--threshold", options.threshold, 0, 255,
+                     "Grey level from which a pixel is light (default auto: found from the picture)");
+    trace->add_flag("--invert", options.invert, "Trace the light parts instead of the dark ones")
+        ->disable_flag_override();
+    trace->add_option("--min-points", options.minPoints, "Leave out shapes of fewer boundary pixels")
+        ->check(WholeNumber(0, MOST_MIN_POINTS))
+        ->type_name("N");
+    AddAutoOrInteger(*trace, "--detail", options.detail, 1, MOST_DETAIL,
+                     "Enlarge the picture this many times first (default auto: by its size)");
+    trace->add_option("--format", arguments->format, "svg or json, whatever OUT's ending")
+        ->type_name("FORMAT");
+    trace->add_option("--precision", options.precision, "Decimals of coordinates")
+        ->check(WholeNumber(0, MAX_PRECISION))
+        ->type_name("0..9")
+        ->capture_default_str();
+    AddMaxPixels(*trace, options.maxPixels);
+    trace->callback([arguments, &action] {
+        Complete(*arguments);
+        action = [arguments] { return RunTrace(arguments->options); };
+    });
+}
+
+}  // namespace tarvex::app
