@@ -121,7 +121,7 @@ Mask ReadPbm(const char* name) {
     for (size_t y = 0; y < mask.height; ++y) {
         for (size_t x = 0; x < mask.width; ++x) {
             const auto byte = static_cast<unsigned char>(bytes[y * stride + x / 8]);
-            mask.set[y * mask.width + x] = ((byte << (x % 8)) & 0x80U) != 0;
+            mask.set[y * mask.width + x] = (byte & (0x80U >> (x % 8))) != 0;
         }
     }
     return mask;
