@@ -23,12 +23,16 @@
 
 namespace tarvex {
 
+// ---------------------------------------------------------------------------------------------
+// Types
+
 using BOOL = int;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using UINT = std::uint32_t;
 using LONG = std::int32_t;
+using SHORT = std::int16_t;
 using COLORREF = DWORD;  ///< red in bits 0-7, green in bits 8-15, blue in bits 16-23
 
 inline constexpr BOOL FALSE = 0;
@@ -53,6 +57,186 @@ struct tagRECT {
     LONG bottom;
 };
 using RECT = tagRECT;
+
+// Handles. A handle is a number dressed as a pointer and is never dereferenced: every operation looks
+// it up and refuses one that is null, foreign, already deleted or of another kind. The numbers of
+// deleted objects are not given out again soon. Different threads may use different objects at the
+// same time; the screen may be drawn on by all of them.
+using HANDLE = void*;
+using HGDIOBJ = void*;
+using HBITMAP = struct HBITMAP__*;
+using HBRUSH = struct HBRUSH__*;
+using HPEN = struct HPEN__*;
+using HDC = struct HDC__*;
+using HWND = struct HWND__*;
+
+/// A pixel of 32 bits or an entry of a colour table, as it stands in memory.
+struct RGBQUAD {
+    BYTE rgbBlue;
+    BYTE rgbGreen;
+    BYTE rgbRed;
+    BYTE rgbReserved;
+};
+
+struct BITMAPINFOHEADER {
+    DWORD biSize;
+    LONG biWidth;
+    LONG biHeight;  ///< positive: the last image row is stored first; negative: the first one is
+    WORD biPlanes;
+    WORD biBitCount;
+    DWORD biCompression;
+    DWORD biSizeImage;
+    LONG biXPelsPerMeter;
+    LONG biYPelsPerMeter;
+    DWORD biClrUsed;
+    DWORD biClrImportant;
+};
+
+/// A header and the colour table that follows it in memory.
+struct BITMAPINFO {
+    BITMAPINFOHEADER bmiHeader;
+    RGBQUAD bmiColors[1];
+};
+
+struct BITMAP {
+    LONG bmType;
+    LONG bmWidth;
+    LONG bmHeight;      ///< always positive
+    LONG bmWidthBytes;  ///< bytes of a row: its bits rounded up to whole 32-bit words
+    WORD bmPlanes;
+    WORD bmBitsPixel;
+    void* bmBits;  ///< the first stored row
+};
+
+struct DIBSECTION {
+    BITMAP dsBm;
+    BITMAPINFOHEADER dsBmih;  ///< as at creation, with the image's size and colour count filled in
+    DWORD dsBitfields[3];
+    HANDLE dshSection;
+    DWORD dsOffset;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Constants
+
+inline constexpr DWORD BI_RGB = 0;
+inline constexpr UINT DIB_RGB_COLORS = 0;
+inline constexpr DWORD SRCCOPY = 0x00CC0020;
+inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
+inline constexpr int BLACKONWHITE = 1;
+inline constexpr int COLORONCOLOR = 3;
+inline constexpr int WHITE_BRUSH = 0;
+inline constexpr int BLACK_BRUSH = 4;
+inline constexpr int NULL_BRUSH = 5;
+inline constexpr int HORZRES = 8;
+inline constexpr int VERTRES = 10;
+inline constexpr int BITSPIXEL = 12;
+inline constexpr int PLANES = 14;
+inline constexpr int LOGPIXELSX = 88;
+inline constexpr int LOGPIXELSY = 90;
+inline constexpr int VK_ESCAPE = 0x1B;
+
+constexpr COLORREF RGB(int red, int green, int blue) {
+    return static_cast<COLORREF>(red & 0xFF) | static_cast<COLORREF>(green & 0xFF) << 8 |
+           static_cast<COLORREF>(blue & 0xFF) << 16;
+}
+constexpr BYTE GetRValue(COLORREF colour) { return static_cast<BYTE>(colour & 0xFF); }
+constexpr BYTE GetGValue(COLORREF colour) { return static_cast<BYTE>(colour >> 8 & 0xFF); }
+constexpr BYTE GetBValue(COLORREF colour) { return static_cast<BYTE>(colour >> 16 & 0xFF); }
+
+// ---------------------------------------------------------------------------------------------
+// Bitmaps
+//
+// A bitmap has 1 or 32 bits per pixel. Rows are padded to whole 32-bit words; at 1 bit the most
+// significant bit of a byte is its leftmost pixel and indexes a table of two colours; at 32 bits a
+// pixel is the bytes blue, green, red and one reserved byte, which is no part of the colour.
+
+/// Makes a bitmap of black pixels (zero bits) whose memory the caller may read and write while the
+/// bitmap lives; `*bits`, unless `bits` is null, receives the first stored row.
+///
+/// The header must say 40 bytes, one plane, 1 or 32 bits, BI_RGB, a width of at least 1 and a height
+/// other than 0; its size-in-bytes field is not read. A 1-bit header is followed by `biClrUsed`
+/// colours, 0 meaning two; what is missing is black. The usage must be DIB_RGB_COLORS and the section
+/// null; the device context and the offset do not matter. Null (also in `*bits`) for any other
+/// description, when the rows come to more than 2^31 - 1 bytes, and when memory is short.
+TARVEX_API HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section,
+                                    DWORD offset);
+
+/// Describes a bitmap. With room for a DIBSECTION that is what is written, otherwise a BITMAP, and
+/// the result is the number of bytes written; 0 when `size` has room for neither or the handle is not
+/// a bitmap's. A null `out` asks for the bytes that a BITMAP needs. The screen has no handle.
+TARVEX_API int GetObject(HANDLE object, int size, void* out);
+
+// ---------------------------------------------------------------------------------------------
+// Device contexts and what is selected into them
+
+/// A context in memory, in which no bitmap is selected yet: until one is, drawing succeeds and leaves
+/// no trace. The argument is null or any context; null for anything else.
+TARVEX_API HDC CreateCompatibleDC(HDC dc);
+/// Deletes a context made by CreateCompatibleDC and lets go of what is selected into it. False for
+/// anything else, the screen's contexts among them.
+TARVEX_API BOOL DeleteDC(HDC dc);
+
+/// A context on the screen, which is a picture in memory: 1024 by 768 pixels of 32 bits, black at
+/// first, one for the whole process. Release it with ReleaseDC. Null for a window.
+TARVEX_API HDC GetDC(HWND window);
+/// 1 when the context was one of GetDC's, else 0 and nothing happens.
+TARVEX_API int ReleaseDC(HWND window, HDC dc);
+/// Pixels per inch (96 both ways), the screen's size (HORZRES, VERTRES), its depth (BITSPIXEL,
+/// PLANES); 0 for any other question and when the context is not one.
+TARVEX_API int GetDeviceCaps(HDC dc, int index);
+
+/// Selects a bitmap, brush or pen and returns what was selected in its place, which the caller puts
+/// back before deleting the object; null when that is refused. A bitmap can be selected into one
+/// context at a time, and into none of the screen's. Before the first bitmap, a stock handle stands
+/// in its place that can only be selected again.
+TARVEX_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
+/// Deletes a bitmap, brush or pen. False, with nothing deleted, while it is selected into a context
+/// and when the handle is not one. For a stock object true, and it lives on.
+TARVEX_API BOOL DeleteObject(HGDIOBJ object);
+
+/// A brush that is always there; null for an index other than that of one of the stock objects.
+TARVEX_API HGDIOBJ GetStockObject(int index);
+TARVEX_API HBRUSH CreateSolidBrush(COLORREF colour);
+
+// ---------------------------------------------------------------------------------------------
+// Pixels
+//
+// Everything is clipped to the bitmap drawn into; any coordinates are accepted. A false result means
+// that a handle was refused or memory was short, not that nothing was visible.
+//
+// A colour becomes a 1-bit pixel by taking the nearer of the two table entries, by the sum of the
+// squared differences of red, green and blue; entry 0 when both are equally near. Between 1-bit
+// bitmaps with equal tables the bits are copied as they are. Reserved bytes are copied between 32-bit
+// bitmaps and otherwise written as 0.
+
+/// Copies a rectangle, as though all of it were read before any was written. What lies outside the
+/// source's bitmap leaves the destination as it is; a width or height below 1 copies nothing. False
+/// when `operation` is not SRCCOPY.
+TARVEX_API BOOL BitBlt(HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY,
+                       DWORD operation);
+
+/// Copies a rectangle into one of another size: pixel i of n, over a side that is m pixels in the
+/// source, is the one in which its centre falls, floor((2i + 1) m / 2n). So enlarging by a whole
+/// factor repeats every pixel, shrinking keeps one pixel of every block, and doing both gives the
+/// picture back. For the rest as BitBlt; mirrored copies (negative sizes) are not made.
+TARVEX_API BOOL StretchBlt(HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY,
+                           int fromWidth, int fromHeight, DWORD operation);
+/// Remembers the mode, 1 to 4, and returns the one before it, 0 when refused. Every mode drops or
+/// repeats pixels, none blends them.
+TARVEX_API int SetStretchBltMode(HDC dc, int mode);
+
+/// Fills the rectangle without its right column and its bottom row; empty and inverted rectangles fill
+/// nothing. The result is nonzero unless a handle was refused.
+TARVEX_API int FillRect(HDC dc, const RECT* rectangle, HBRUSH brush);
+
+/// CLR_INVALID outside the bitmap.
+TARVEX_API COLORREF GetPixel(HDC dc, int x, int y);
+/// Returns the colour that the pixel got, which a colour table may change; CLR_INVALID outside.
+TARVEX_API COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
+
+/// Nothing is ever pending: everything is drawn when its call returns. True.
+TARVEX_API BOOL GdiFlush();
 
 }  // namespace tarvex
 

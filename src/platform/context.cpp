@@ -1,0 +1,193 @@
+// Device contexts, the stock objects, and what is selected where.
+#include <utility>
+
+#include "platform/objects.h"
+
+namespace tarvex {
+namespace platform {
+namespace {
+
+constexpr int kScreenWidth = 1024;
+constexpr int kScreenHeight = 768;
+constexpr int kPixelsPerInch = 96;
+
+std::shared_ptr<Bitmap> MakeScreen() {
+    static std::mutex drawing;
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof header;
+    header.biWidth = kScreenWidth;
+    header.biHeight = kScreenHeight;
+    header.biPlanes = 1;
+    header.biBitCount = 32;
+    auto bitmap = MakeBitmap(header, {});
+    if (bitmap == nullptr) throw std::bad_alloc();
+    bitmap->sharedBy = &drawing;
+    return bitmap;
+}
+
+/// Whoever asks first makes it; it is never taken down.
+const std::shared_ptr<Bitmap>& Screen() {
+    static const auto* const screen = new std::shared_ptr<Bitmap>(MakeScreen());
+    return *screen;
+}
+
+std::shared_ptr<Bitmap> MakePlaceholder() {
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof header;
+    header.biWidth = header.biHeight = 1;
+    header.biPlanes = header.biBitCount = 1;
+    auto bitmap = MakeBitmap(header, {0, kColourBits});
+    if (bitmap == nullptr) throw std::bad_alloc();
+    return bitmap;
+}
+
+template <class T>
+Selected<T> RegisterStock(std::shared_ptr<T> object) {
+    object->stock = true;
+    void* const handle = Registry::Instance().Insert(object);
+    return {handle, std::move(object)};
+}
+
+struct StockObjects {
+    Selected<Brush> white = RegisterStock(std::make_shared<Brush>(kColourBits));
+    Selected<Brush> black = RegisterStock(std::make_shared<Brush>(PixelWord{0}));
+    Selected<Brush> none = RegisterStock(std::make_shared<Brush>(std::nullopt));
+    Selected<Bitmap> placeholder = RegisterStock(MakePlaceholder());
+};
+
+const StockObjects& Stock() {
+    static const auto* const stock = new StockObjects;
+    return *stock;
+}
+
+enum class Target { Memory, Screen };
+
+void* RegisterContext(Target target) {
+    return Register([target] {
+        auto context = std::make_shared<Context>(target == Target::Screen);
+        context->bitmap.handle = Stock().placeholder.handle;
+        if (target == Target::Screen) context->bitmap.object = Screen();
+        context->brush = Stock().white;
+        return context;
+    });
+}
+
+/// Puts an object into its place in a context and returns the handle of what was there.
+template <class T>
+void* Replace(Selected<T>& place, void* handle, std::shared_ptr<T> object) {
+    if (place.object != nullptr) --place.object->selections;
+    if (object != nullptr) ++object->selections;
+    place.object = std::move(object);
+    return std::exchange(place.handle, handle);
+}
+
+void* SelectBitmapLocked(Context& context, void* handle, std::shared_ptr<Bitmap> bitmap) {
+    if (context.screen) return nullptr;
+    if (bitmap->stock) return Replace<Bitmap>(context.bitmap, handle, nullptr);
+    if (bitmap->selections > 0 && context.bitmap.object != bitmap) return nullptr;
+    return Replace(context.bitmap, handle, std::move(bitmap));
+}
+
+/// Deletes a context made for the given target.
+bool DropContext(HDC handle, Target target) {
+    Registry& registry = Registry::Instance();
+    std::shared_ptr<Object> dropped;  // destroyed after the lock is gone
+    const auto lock = registry.Lock();
+    const auto context = registry.FindLocked<Context>(handle);
+    if (context == nullptr || context->screen != (target == Target::Screen)) return false;
+    if (!context->screen) Replace<Bitmap>(context->bitmap, nullptr, nullptr);
+    Replace<Brush>(context->brush, nullptr, nullptr);
+    dropped = registry.EraseLocked(handle);
+    return true;
+}
+
+}  // namespace
+}  // namespace platform
+
+using platform::Brush;
+using platform::Context;
+using platform::Registry;
+using platform::Target;
+
+HDC CreateCompatibleDC(HDC dc) {
+    if (dc != nullptr && Registry::Instance().Find<Context>(dc) == nullptr) return nullptr;
+    return static_cast<HDC>(platform::RegisterContext(Target::Memory));
+}
+
+BOOL DeleteDC(HDC dc) { return platform::DropContext(dc, Target::Memory) ? TRUE : FALSE; }
+
+HDC GetDC(HWND window) {
+    return window == nullptr ? static_cast<HDC>(platform::RegisterContext(Target::Screen)) : nullptr;
+}
+
+int ReleaseDC(HWND window, HDC dc) {
+    return window == nullptr && platform::DropContext(dc, Target::Screen) ? 1 : 0;
+}
+
+int GetDeviceCaps(HDC dc, int index) {
+    if (Registry::Instance().Find<Context>(dc) == nullptr) return 0;
+    switch (index) {
+        case HORZRES:
+            return platform::kScreenWidth;
+        case VERTRES:
+            return platform::kScreenHeight;
+        case BITSPIXEL:
+            return 32;
+        case PLANES:
+            return 1;
+        case LOGPIXELSX:
+        case LOGPIXELSY:
+            return platform::kPixelsPerInch;
+        default:
+            return 0;
+    }
+}
+
+HGDIOBJ SelectObject(HDC dc, HGDIOBJ handle) {
+    Registry& registry = Registry::Instance();
+    const auto lock = registry.Lock();
+    const auto context = registry.FindLocked<Context>(dc);
+    if (context == nullptr) return nullptr;
+    if (auto bitmap = registry.FindLocked<platform::Bitmap>(handle))
+        return platform::SelectBitmapLocked(*context, handle, std::move(bitmap));
+    if (auto brush = registry.FindLocked<Brush>(handle))
+        return platform::Replace(context->brush, handle, std::move(brush));
+    return nullptr;
+}
+
+BOOL DeleteObject(HGDIOBJ handle) {
+    Registry& registry = Registry::Instance();
+    std::shared_ptr<platform::Object> deleted;  // destroyed after the lock is gone
+    const auto lock = registry.Lock();
+    const auto object = registry.FindAnyLocked(handle);
+    if (object == nullptr || object->kind == platform::Kind::Context) return FALSE;
+    if (object->stock) return TRUE;
+    if (object->selections > 0) return FALSE;
+    deleted = registry.EraseLocked(handle);
+    return TRUE;
+}
+
+HGDIOBJ GetStockObject(int index) {
+    try {
+        const platform::StockObjects& stock = platform::Stock();
+        switch (index) {
+            case WHITE_BRUSH:
+                return stock.white.handle;
+            case BLACK_BRUSH:
+                return stock.black.handle;
+            case NULL_BRUSH:
+                return stock.none.handle;
+            default:
+                return nullptr;
+        }
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+HBRUSH CreateSolidBrush(COLORREF colour) {
+    return static_cast<HBRUSH>(
+        platform::Register([colour] { return std::make_shared<Brush>(platform::SwapRedBlue(colour)); }));
+}
+
+}  // namespace tarvex
