@@ -1,0 +1,4 @@
+// Plane geometry: free functions on lines, angles, circles, polylines and polygons.
+#pragma once
+
+#include "tarvex/lines.h"
