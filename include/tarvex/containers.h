@@ -148,6 +148,12 @@ class TARVEX_API CPolyPolyDPoint : public COwningList<CArray<DPOINT, DPOINT>> {}
 /// A shape: Bezier contours. Null contours are skipped by every operation below.
 class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
   public:
+    /// Sets `frame` to the bounding box of the contours flattened by `CBezier::GetPolyline` at this
+    /// resolution: the box of the curves, up to the resolution, not of their control points. Contours of
+    /// fewer than two nodes do not count, not even with their anchor; a shape without any segment leaves
+    /// `frame` as it is. Linear in the number of flattened points.
+    void CalcFrame(DRECT& frame, double resolution) const;
+
     /// Closes every contour of two or more nodes whose last anchor differs from its first: a node
     /// without handles is appended at the first anchor, and the handles of the two nodes that faced
     /// each other over the gap (cp1 of the first, cp2 of the last) are drawn in, so that the closing
@@ -156,7 +162,13 @@ class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
 };
 
 /// A group of shapes. Null shapes are skipped by every operation below.
-class TARVEX_API COutlines : public COwningList<CPolyPolyBezier> {};
+class TARVEX_API COutlines : public COwningList<CPolyPolyBezier> {
+  public:
+    /// Sets `frame` to the union of the shapes' frames. A shape without any segment counts as the box
+    /// (0, 0, 0, 0) and so pulls the union to the origin; a group without shapes gives the unit box
+    /// (0 to 1 in x and in y). Callers rely on both.
+    void CalcFrame(DRECT& frame, double resolution) const;
+};
 
 /// Triples of integers beside a list of points, which the triples index as the application sees fit.
 /// Only the triples are archived and copied by the array's own operations, never the points.

@@ -143,6 +143,10 @@ class CArray : public CObject {
     static_assert(std::is_trivially_copyable_v<T>, "elements are moved with byte copies");
 
   public:
+    using value_type = T;
+    using iterator = T*;
+    using const_iterator = const T*;
+
     CArray() = default;
     ~CArray() override { ::operator delete(m_data); }
     CArray(const CArray&) = delete;

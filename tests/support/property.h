@@ -1,0 +1,34 @@
+// RapidCheck for our tests: laws checked on generated inputs, the same inputs in every run.
+//
+// A failing property prints the smallest counterexample found. RC_PARAMS in the environment, when set,
+// decides seed and number of cases instead.
+#pragma once
+
+#include <cstdlib>
+#include <sstream>
+#include <utility>
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+#include <rapidcheck/detail/TestListenerAdapter.h>
+
+namespace tarvex::test {
+
+/// Fails the running test unless `law`, a callable of generated arguments, holds for `cases` of them.
+/// A law speaks by RC_ASSERT or by returning bool.
+template <class Law>
+void ExpectLaw(Law&& law, int cases = 100) {
+    rc::detail::TestParams params;
+    params.seed = 20240229;
+    params.maxSuccess = cases;
+    if (std::getenv("RC_PARAMS") != nullptr) params = rc::detail::configuration().testParams;
+    rc::detail::TestListenerAdapter silent;
+    const auto result =
+        rc::detail::checkTestable(std::forward<Law>(law), rc::detail::TestMetadata(), params, silent);
+    if (result.template is<rc::detail::SuccessResult>()) return;
+    std::ostringstream message;
+    rc::detail::printResultMessage(result, message);
+    ADD_FAILURE() << message.str();
+}
+
+}  // namespace tarvex::test
