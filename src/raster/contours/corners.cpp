@@ -1,0 +1,139 @@
+// Corner detection by straight arms; corners.h tells the idea.
+#include "raster/contours/corners.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarvex::contours {
+
+namespace {
+
+constexpr double armLimit = 16.0;   // longest arm looked at, in pixels
+constexpr double cornerSize = 1.6;  // a corner sticks out by this many loosenesses
+constexpr double leastTurn = 0.17;  // sine of the least turn worth a look, about 10 degrees
+constexpr double tipReach = 1.0;    // the tip is believed up to this far from the chain
+
+double Cross(Crossing a, Crossing b) { return a.x * b.y - a.y * b.x; }
+double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
+Crossing Minus(Crossing a, Crossing b) { return {a.x - b.x, a.y - b.y}; }
+
+/// A straight piece that begins beside a point.
+struct Arm {
+    double length = 0;
+    Line line{};
+};
+
+/// The longest straight piece that begins at chain[start] and goes on in `step` direction (1 or -1),
+/// and the line that fits it best. Directions that pass within `looseness` of every point so far form
+/// a cone with its tip in the first point; the piece ends where the cone closes.
+Arm StraightArm(const CyclicChain& chain, int start, int step, double looseness) {
+    const Crossing origin = chain[start];
+    const int limit = std::min(CyclicChain::margin - 8, chain.Size() / 2);
+    Crossing low{};
+    Crossing high{};
+    bool open = true;
+    LineSums sums;
+    sums.Add(origin);
+    Crossing last{};
+    for (int k = 1; k <= limit; ++k) {
+        const Crossing v = Minus(chain[start + k * step], origin);
+        const double square = Dot(v, v);
+        if (square > armLimit * armLimit) break;
+        if (square > looseness * looseness) {
+            // The two tangents from the origin to the circle of the looseness about the point.
+            const double sine = looseness;
+            const double cosine = std::sqrt(square - looseness * looseness);
+            const Crossing left{v.x * cosine - v.y * sine, v.y * cosine + v.x * sine};
+            const Crossing right{v.x * cosine + v.y * sine, v.y * cosine - v.x * sine};
+            if (open) {
+                low = right;
+                high = left;
+                open = false;
+            } else {
+                if (Cross(low, v) < 0 && Dot(low, v) < 0) break;
+                if (Cross(low, right) > 0) low = right;
+                if (Cross(high, left) < 0) high = left;
+                if (Cross(low, high) < 0 || Dot(low, v) < 0) break;
+            }
+        }
+        sums.Add(chain[start + k * step]);
+        last = v;
+    }
+    return {std::sqrt(Dot(last, last)), sums.Best(last)};
+}
+
+/// 0 where the chain goes straight on, growing with the turn to 1 at a right angle and 2 at a reversal.
+double Turn(Crossing a, Crossing b) {
+    const double lengths = std::sqrt(Dot(a, a) * Dot(b, b));
+    if (lengths == 0) return 0;
+    const double sine = std::fabs(Cross(a, b)) / lengths;
+    return Dot(a, b) >= 0 ? sine : 2 - sine;
+}
+
+}  // namespace
+
+Line LineSums::Best(Crossing along) const {
+    const double mx = m_x / m_count;
+    const double my = m_y / m_count;
+    const double angle = 0.5 * std::atan2(2 * (m_xy - m_x * my), (m_xx - m_x * mx) - (m_yy - m_y * my));
+    const Crossing direction{std::cos(angle), std::sin(angle)};
+    const double sign = Dot(direction, along) < 0 ? -1 : 1;
+    return {{m_origin.x + mx, m_origin.y + my}, {sign * direction.x, sign * direction.y}};
+}
+
+Crossing MeetingPoint(const Line& a, const Line& b, Crossing point) {
+    const double across = Cross(a.direction, b.direction);
+    if (std::fabs(across) < 0.05) return point;
+    const double t = Cross(Minus(b.centre, a.centre), b.direction) / across;
+    const Crossing meeting{a.centre.x + t * a.direction.x, a.centre.y + t * a.direction.y};
+    const Crossing away = Minus(meeting, point);
+    const double distance = std::sqrt(Dot(away, away));
+    if (distance <= tipReach) return meeting;
+    if (distance > 2 * tipReach) return point;
+    return {point.x + away.x * tipReach / distance, point.y + away.y * tipReach / distance};
+}
+
+void CyclicChain::Assign(std::span<const Crossing> points) {
+    m_size = static_cast<int>(points.size());
+    m_points.resize(points.size() + 2 * margin);
+    std::copy(points.begin(), points.end(), m_points.begin() + margin);
+    for (int k = 0; k < margin; ++k) {
+        m_points[static_cast<std::size_t>(margin + m_size + k)] =
+            points[static_cast<std::size_t>(k % m_size)];
+        m_points[static_cast<std::size_t>(margin - 1 - k)] =
+            points[static_cast<std::size_t>(m_size - 1 - k % m_size)];
+    }
+}
+
+const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, double straight) {
+    const int n = chain.Size();
+    m_corners.clear();
+    const int reach = std::min(3, n / 6);
+    if (reach < 2) return m_corners;
+    m_turn.resize(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i)
+        m_turn[static_cast<std::size_t>(i)] =
+            Turn(Minus(chain[i], chain[i - reach]), Minus(chain[i + reach], chain[i]));
+    const auto turn = [&](int i) {
+        return m_turn[static_cast<std::size_t>(i < 0 ? i + n : i >= n ? i - n : i)];
+    };
+    for (int i = 0; i < n; ++i) {
+        const double here = turn(i);
+        if (here < leastTurn) continue;
+        bool most = true;
+        for (int k = 1; k <= reach && most; ++k) most = turn(i - k) < here && turn(i + k) <= here;
+        if (!most) continue;
+        const Arm back = StraightArm(chain, i - 1, -1, straight);
+        const Arm forward = StraightArm(chain, i + 1, 1, straight);
+        const double shorter = std::min(back.length, forward.length);
+        if (shorter == 0) continue;
+        // Both directions point away from the corner: straight on is a cosine of -1.
+        const double cosine = Dot(back.line.direction, forward.line.direction);
+        const double halfTurn = std::sqrt(std::max(0.0, (1 + cosine) / 2));
+        if (shorter / 4 * halfTurn <= cornerSize * straight) continue;
+        m_corners.push_back({i, MeetingPoint(back.line, forward.line, chain[i]), back.line, forward.line});
+    }
+    return m_corners;
+}
+
+}  // namespace tarvex::contours

@@ -1,0 +1,187 @@
+// The whole way from grey levels to Bezier contours: enlarge, follow, find corners, fit.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "raster/contours/corners.h"
+#include "raster/contours/curve_run.h"
+#include "raster/contours/enlarge.h"
+#include "raster/contours/level_set.h"
+#include "tarvex/contours.h"
+
+namespace tarvex {
+
+namespace {
+
+using namespace contours;
+
+constexpr int largestDetail = 16;
+
+/// What curves may miss the points by, in pixels. Stairs of a two-level picture lie up to half a pixel
+/// off the edge they stand for; anti-aliased edges lie where they are, give or take the grey's noise.
+Looseness LoosenessFor(bool soft, double tolerance) {
+    const Looseness usual = soft ? Looseness{0.3, 0.3, 4} : Looseness{0.45, 0.5, 8};
+    if (!(tolerance > 0)) return usual;
+    return {std::min(tolerance, usual.straight * 2), tolerance, usual.window};
+}
+
+/// Turns the points of one outline into one closed contour.
+class OutlineFitter {
+  public:
+    explicit OutlineFitter(Looseness looseness) : m_looseness(looseness), m_fitter(looseness) {}
+
+    const std::vector<Cubic>& Fit(std::span<const Crossing> points) {
+        m_cubics.clear();
+        m_chain.Assign(points);
+        m_corners = m_finder.Find(m_chain, m_looseness.straight);
+        if (m_corners.empty()) {
+            FitLoop();
+        } else {
+            FindEdges();
+            for (std::size_t k = 0; k < m_corners.size(); ++k) FitBetween(k);
+        }
+        return m_cubics;
+    }
+
+  private:
+    void FitLoop() {
+        const int n = m_chain.Size();
+        m_run.clear();
+        for (int i = 0; i <= n; ++i) m_run.push_back(m_chain[i]);
+        m_fitter.Fit({m_run, true}, m_cubics);
+    }
+
+    const Corner& CornerAfter(std::size_t k) const { return m_corners[(k + 1) % m_corners.size()]; }
+
+    /// Fills m_run with the points from corner k to the next.
+    void TakeRun(std::size_t k) {
+        const Corner& from = m_corners[k];
+        const Corner& to = CornerAfter(k);
+        const int n = m_chain.Size();
+        const int last = to.index > from.index ? to.index : to.index + n;
+        m_run.assign(1, from.tip);
+        for (int i = from.index + 1; i < last; ++i) {
+            const Crossing p = m_chain[i < n ? i : i - n];
+            if (!IsCutOff(p, from.tip) && !IsCutOff(p, to.tip)) m_run.push_back(p);
+        }
+        m_run.push_back(to.tip);
+    }
+
+    /// Finds which runs are straight edges, and lets corners between edges stand where the whole
+    /// edges meet, which is surer than where their ends do.
+    void FindEdges() {
+        m_straight.assign(m_corners.size(), false);
+        for (std::size_t k = 0; k < m_corners.size(); ++k) {
+            TakeRun(k);
+            const Crossing along{m_run.back().x - m_run.front().x, m_run.back().y - m_run.front().y};
+            if (m_run.size() < 4) {
+                m_straight[k] = m_run.size() < 3;
+                continue;
+            }
+            LineSums sums;
+            for (std::size_t i = 1; i + 1 < m_run.size(); ++i) sums.Add(m_run[i]);
+            const Line line = sums.Best(along);
+            if (!FollowsLine(line)) continue;
+            m_straight[k] = true;
+            m_corners[k].forward = line;
+            Corner& next = m_corners[(k + 1) % m_corners.size()];
+            next.back = {line.centre, {-line.direction.x, -line.direction.y}};
+        }
+        for (Corner& corner : m_corners)
+            corner.tip = MeetingPoint(corner.back, corner.forward, m_chain[corner.index]);
+    }
+
+    bool FollowsLine(const Line& line) const {
+        return std::all_of(m_run.begin() + 1, m_run.end() - 1, [&](Crossing p) {
+            const double dx = p.x - line.centre.x;
+            const double dy = p.y - line.centre.y;
+            return std::fabs(line.direction.x * dy - line.direction.y * dx) <= m_looseness.straight;
+        });
+    }
+
+    void FitBetween(std::size_t k) {
+        if (m_straight[k]) {
+            const Crossing from = m_corners[k].tip;
+            const Crossing to = CornerAfter(k).tip;
+            m_cubics.push_back({from, from, to, to, true});
+            return;
+        }
+        TakeRun(k);
+        m_fitter.Fit({m_run, false}, m_cubics);
+    }
+
+    /// Points beside a corner lie on the bevel that the grid cuts there, not on the corner's arms.
+    static bool IsCutOff(Crossing p, Crossing tip) {
+        const double dx = p.x - tip.x;
+        const double dy = p.y - tip.y;
+        return dx * dx + dy * dy < 0.6 * 0.6;
+    }
+
+    Looseness m_looseness;
+    CyclicChain m_chain;
+    CornerFinder m_finder;
+    RunFitter m_fitter;
+    std::vector<Corner> m_corners;
+    std::vector<bool> m_straight;
+    std::vector<Crossing> m_run;
+    std::vector<Cubic> m_cubics;
+};
+
+DPOINT Scaled(Crossing p, double scale) { return {p.x * scale, p.y * scale}; }
+
+std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubics, double scale) {
+    auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+    const int n = static_cast<int>(cubics.size());
+    contour->SetSize(n + 1);
+    BPOINT* nodes = contour->GetData();
+    for (int i = 0; i < n; ++i) {
+        const Cubic& c = cubics[static_cast<std::size_t>(i)];
+        nodes[i].pt = Scaled(c.p0, scale);
+        nodes[i].cp2 = Scaled(c.p1, scale);
+        nodes[i + 1].cp1 = Scaled(c.p2, scale);
+    }
+    nodes[n].pt = nodes[0].pt;
+    nodes[0].cp1 = nodes[0].pt;
+    nodes[n].cp2 = nodes[n].pt;
+    return contour;
+}
+
+/// Traces in the enlarged picture's own pixels, `scale` of the caller's each.
+bool Trace(const GreyView& picture, const OutlineOptions& options, double scale, CPolyPolyBezier& out) {
+    OutlineFollower follower(picture, options.threshold, options.side);
+    Looseness looseness = LoosenessFor(follower.IsSoft() || scale < 1, options.tolerance);
+    looseness.straight /= scale;
+    looseness.curve /= scale;
+    OutlineFitter fitter(looseness);
+    std::vector<Crossing> points;
+    std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
+    const auto least = static_cast<std::size_t>(std::max(0, options.minPoints));
+    std::size_t sinceReport = 0;
+    while (follower.Next(points)) {
+        sinceReport += points.size();
+        if (options.progress && sinceReport > 100'000) {
+            sinceReport = 0;
+            if (!options.progress(follower.Progress())) return false;
+        }
+        if (static_cast<double>(points.size()) * scale <= static_cast<double>(least)) continue;
+        contours.push_back(ToContour(fitter.Fit(points), scale));
+    }
+    out.SetSize(static_cast<int>(contours.size()));
+    for (std::size_t i = 0; i < contours.size(); ++i) out.SetAt(static_cast<int>(i), contours[i].release());
+    return true;
+}
+
+}  // namespace
+
+bool TraceOutlines(const GreyView& picture, const OutlineOptions& options, CPolyPolyBezier& out) {
+    out.RemoveAll();
+    if (picture.levels == nullptr || picture.width <= 0 || picture.height <= 0) return false;
+    if (options.detail < 1 || options.detail > largestDetail) return false;
+    if (options.detail == 1) return Trace(picture, options, 1, out);
+    constexpr int longest = INT32_MAX - 2;
+    if (picture.width > longest / options.detail || picture.height > longest / options.detail) return false;
+    const EnlargedPicture enlarged(picture, options.detail);
+    return Trace(enlarged.View(), options, 1.0 / options.detail, out);
+}
+
+}  // namespace tarvex
