@@ -71,10 +71,12 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->type_name("MODE")
         ->capture_default_str();
     AddAutoOrInteger(*trace, "--threshold", options.threshold, 0, 255,
-                     "Grey level from which a pixel is light (default auto: found from the picture)");
-    trace->add_flag("--invert", options.invert, "Trace the light parts instead of the dark ones")
+                     "Grey level up to which a pixel is dark (default auto: found from the picture)");
+    trace->add_flag("--invert", options.invert, "Trace the other side: what is taken for the ground")
         ->disable_flag_override();
-    trace->add_option("--min-points", options.minPoints, "Leave out shapes of fewer boundary pixels")
+    trace
+        ->add_option("--min-points", options.minPoints,
+                     "Leave out outlines of N pixel sides or fewer (default 6: specks of up to two pixels)")
         ->check(WholeNumber(0, MOST_MIN_POINTS))
         ->type_name("N");
     AddAutoOrInteger(*trace, "--detail", options.detail, 1, MOST_DETAIL,

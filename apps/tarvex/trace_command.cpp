@@ -1,17 +1,82 @@
 #include "tarvex/trace_command.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "tarvex/contours.h"
+#include "tarvex/grey.h"
+#include "tarvex/json_writer.h"
 #include "tarvex/output.h"
 #include "tarvex/picture.h"
 #include "tarvex/program_error.h"
+#include "tarvex/progress.h"
+#include "tarvex/svg_writer.h"
 
 namespace tarvex::app {
 
+namespace {
+
+/// Icons are enlarged, so that what is a pixel or two wide has points enough to show its shape.
+int DetailForSize(const GreyView& picture) {
+    const int longer = std::max(picture.width, picture.height);
+    return longer <= 64 ? 3 : longer <= 128 ? 2 : 1;
+}
+
+OutlineOptions Settle(const TraceOptions& options, const GreyView& picture) {
+    OutlineOptions settled;
+    settled.threshold = options.threshold ? *options.threshold : OtsuThreshold(CountLevels(picture));
+    settled.side = FindShapeSide(picture, settled.threshold);
+    if (options.invert) settled.side = settled.side == ShapeSide::dark ? ShapeSide::light : ShapeSide::dark;
+    if (options.minPoints) settled.minPoints = *options.minPoints;
+    settled.detail = options.detail ? *options.detail : DetailForSize(picture);
+    return settled;
+}
+
+std::vector<ContourView> Views(const CPolyPolyBezier& outlines) {
+    std::vector<ContourView> views;
+    views.reserve(static_cast<std::size_t>(outlines.GetSize()));
+    for (int i = 0; i < outlines.GetSize(); ++i) {
+        const auto& contour = outlines[i];
+        views.emplace_back(contour.GetData(), static_cast<std::size_t>(contour.GetSize()));
+    }
+    return views;
+}
+
+std::string Write(const TraceOptions& options, const GreyView& picture, const CPolyPolyBezier& outlines) {
+    const double width = picture.width;
+    const double height = picture.height;
+    if (options.format == Format::Json) return WriteJson({width, height, options.precision}, Views(outlines));
+    SvgShape shape;
+    shape.contours = Views(outlines);
+    return WriteSvg({width, height, options.precision}, {&shape, 1});
+}
+
+}  // namespace
+
 int RunTrace(const TraceOptions& options) {
     CheckOutput(options.output);
-    const Picture picture = ReadPicture(options.input, {options.maxPixels});
-    static_cast<void>(picture);
-    throw ProgramError(ExitStatus::NoResult, options.input,
-                       "this build reads pictures but cannot trace them yet");
+    Picture picture = ReadPicture(options.input, {options.maxPixels});
+    const Ground ground = FindGround(picture);
+    const GreyPicture grey(std::move(picture), ground);
+    OutlineOptions settings = Settle(options, grey.View());
+    CPolyPolyBezier outlines;
+    {
+        Progress progress("tracing");
+        settings.progress = [&](double fraction) {
+            progress.Report(fraction);
+            return true;
+        };
+        TraceOutlines(grey.View(), settings, outlines);
+    }
+    if (outlines.IsEmpty()) {
+        const char* part = settings.side == ShapeSide::dark ? "dark" : "light";
+        throw ProgramError(ExitStatus::NoResult, options.input,
+                           std::string("no outline found: nothing large enough is ") + part +
+                               " at threshold " + std::to_string(settings.threshold));
+    }
+    WriteOutput(options.output, Write(options, grey.View(), outlines));
+    return 0;
 }
 
 }  // namespace tarvex::app

@@ -12,10 +12,10 @@ enum class Format { Svg, Json };
 struct TraceOptions {
     std::string input;
     std::string output;
-    std::optional<int> threshold;  ///< 0..255; found from the picture when not given
-    bool invert = false;           ///< trace the light parts instead of the dark ones
-    std::optional<int> minPoints;  ///< contours of fewer boundary pixels are left out
-    std::optional<int> detail;     ///< times the picture is enlarged first; from its size when not given
+    std::optional<int> threshold;  ///< 0..255, levels up to it are dark; found when not given
+    bool invert = false;           ///< trace what is taken for the ground
+    std::optional<int> minPoints;  ///< outlines of this many pixel sides or fewer are left out
+    std::optional<int> detail;     ///< enlarge the picture this many times first; by its size when not given
     Format format = Format::Svg;
     int precision = 2;
     std::uint64_t maxPixels = 100'000'000;
