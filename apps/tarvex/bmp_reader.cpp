@@ -174,36 +174,6 @@ Bytes PlainRows(Bytes bytes, const Header& h) {
 // ---------------------------------------------------------------------------------------------
 // Indexed pixels
 
-/// Writes colours of a palette into rows of the smallest format that shows them.
-class IndexWriter {
-  public:
-    IndexWriter(const Palette& palette, const Header& h)
-        : m_palette(palette),
-          m_picture(static_cast<int>(h.width), static_cast<int>(h.height),
-                    palette.IsGrey() ? PixelFormat::Grey8 : PixelFormat::Rgb8) {}
-
-    Picture& Target() { return m_picture; }
-
-    /// Row `y` from one index a byte.
-    void PutRow(int y, const std::uint8_t* indices) {
-        std::uint8_t* out = m_picture.Row(y);
-        const std::size_t count = m_palette.colours.size();
-        const bool isGrey = m_picture.format == PixelFormat::Grey8;
-        for (int x = 0; x < m_picture.width; ++x) {
-            if (indices[x] >= count) Damaged("a pixel has a colour that is not in the palette");
-            const Rgba& colour = m_palette.colours[indices[x]];
-            *out++ = colour.red;
-            if (isGrey) continue;
-            *out++ = colour.green;
-            *out++ = colour.blue;
-        }
-    }
-
-  private:
-    const Palette& m_palette;
-    Picture m_picture;
-};
-
 /// One bit a pixel in black and white: whole bytes, turned over when index 0 is white.
 Picture DecodeBitmap(Bytes bytes, const Header& h, const Palette& palette) {
     const Bytes rows = PlainRows(bytes, h);
@@ -219,21 +189,20 @@ Picture DecodeBitmap(Bytes bytes, const Header& h, const Palette& palette) {
     return picture;
 }
 
-Picture DecodeIndexed(Bytes bytes, const Header& h, const Palette& palette) {
+Picture DecodeIndices(Bytes bytes, const Header& h) {
     const Bytes rows = PlainRows(bytes, h);
-    IndexWriter writer(palette, h);
-    std::vector<std::uint8_t> indices(static_cast<std::size_t>(h.width));
+    Picture indices(static_cast<int>(h.width), static_cast<int>(h.height), PixelFormat::Grey8);
     const unsigned perByte = 8 / h.bits;
     const auto mask = static_cast<std::uint8_t>((1u << h.bits) - 1);
-    for (int y = 0; y < writer.Target().height; ++y) {
+    for (int y = 0; y < indices.height; ++y) {
         const std::uint8_t* in = rows.data() + FileRow(h, y) * RowBytes(h);
-        for (std::size_t x = 0; x < indices.size(); ++x) {
+        std::uint8_t* out = indices.Row(y);
+        for (std::size_t x = 0; x < indices.stride; ++x) {
             const unsigned shift = (perByte - 1 - static_cast<unsigned>(x % perByte)) * h.bits;
-            indices[x] = static_cast<std::uint8_t>(in[x / perByte] >> shift) & mask;
+            out[x] = static_cast<std::uint8_t>(in[x / perByte] >> shift) & mask;
         }
-        writer.PutRow(y, indices.data());
     }
-    return std::move(writer.Target());
+    return indices;
 }
 
 /// Run-length encoded rows, from the bottom up. Pairs of bytes: (n, v) is a run of n pixels; (0, n)
@@ -241,16 +210,15 @@ Picture DecodeIndexed(Bytes bytes, const Header& h, const Palette& palette) {
 /// (0, 2) moves right and up by the next two bytes. What is skipped is index 0.
 class RunDecoder {
   public:
-    RunDecoder(Bytes data, const Header& h, IndexWriter& writer)
+    RunDecoder(Bytes data, const Header& h)
         : m_data(data),
           m_bits(h.bits),
           m_width(static_cast<std::size_t>(h.width)),
           m_height(static_cast<std::size_t>(h.height)),
           m_isTopDown(h.isTopDown),
-          m_writer(writer),
-          m_row(m_width) {}
+          m_indices(static_cast<int>(h.width), static_cast<int>(h.height), PixelFormat::Grey8) {}
 
-    void Decode() {
+    Picture Decode() {
         while (m_y < m_height && !LacksOnlyTheEnd()) {
             const std::size_t count = Next();
             const std::uint8_t value = Next();
@@ -266,7 +234,7 @@ class RunDecoder {
                 CopyLiteral(value);
             }
         }
-        while (m_y < m_height) EndRow();
+        return std::move(m_indices);
     }
 
   private:
@@ -287,7 +255,9 @@ class RunDecoder {
     }
 
     void Put(std::uint8_t index) {
-        if (m_x < m_width) m_row[m_x++] = index;
+        if (m_x >= m_width) return;
+        const std::size_t row = m_isTopDown ? m_y : m_height - 1 - m_y;
+        m_indices.pixels[row * m_width + m_x++] = index;
     }
 
     void CopyLiteral(std::size_t count) {
@@ -304,14 +274,11 @@ class RunDecoder {
         const std::size_t right = Next();
         const std::size_t up = Next();
         if (right > m_width - m_x || up >= m_height - m_y) Damaged("a move leaves the picture");
-        const std::size_t x = m_x + right;
-        for (std::size_t i = 0; i < up; ++i) EndRow();
-        m_x = x;
+        m_x += right;
+        m_y += up;
     }
 
     void EndRow() {
-        m_writer.PutRow(static_cast<int>(m_isTopDown ? m_y : m_height - 1 - m_y), m_row.data());
-        std::fill(m_row.begin(), m_row.end(), std::uint8_t{0});
         m_x = 0;
         ++m_y;
     }
@@ -322,17 +289,14 @@ class RunDecoder {
     std::size_t m_width;
     std::size_t m_height;
     bool m_isTopDown;
-    IndexWriter& m_writer;
-    std::vector<std::uint8_t> m_row;
+    Picture m_indices;
     std::size_t m_x = 0;
     std::size_t m_y = 0;
 };
 
-Picture DecodeRuns(Bytes bytes, const Header& h, const Palette& palette) {
+Picture DecodeRuns(Bytes bytes, const Header& h) {
     if (h.pixelsAt > bytes.size()) Damaged("the data ends early");
-    IndexWriter writer(palette, h);
-    RunDecoder(bytes.subspan(h.pixelsAt), h, writer).Decode();
-    return std::move(writer.Target());
+    return RunDecoder(bytes.subspan(h.pixelsAt), h).Decode();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -394,9 +358,9 @@ Picture DecodeBmp(Bytes bytes, const PictureLimits& limits) {
     CheckPictureSize(h.width, h.height, limits);
     if (!h.IsIndexed()) return DecodeColours(bytes, h);
     const Palette palette = ReadPalette(bytes, h);
-    if (h.compression != Plain) return DecodeRuns(bytes, h, palette);
+    if (h.compression != Plain) return Coloured(DecodeRuns(bytes, h), palette);
     if (h.bits == 1 && palette.IsBlackAndWhite()) return DecodeBitmap(bytes, h, palette);
-    return DecodeIndexed(bytes, h, palette);
+    return Coloured(DecodeIndices(bytes, h), palette);
 }
 
 }  // namespace tarvex::app

@@ -183,8 +183,9 @@ Picture DecodeJpeg(Bytes bytes, const PictureLimits& limits) {
         Step(reader, ReadRow);
         if (isInk) ConvertInk(ink.data(), picture.Row(y), width, reader.jpeg.saw_Adobe_marker != FALSE);
     }
+    const int orientation = OrientationOf(reader);  // finishing forgets the markers
     Step(reader, Finish);
-    return Upright(std::move(picture), OrientationOf(reader));
+    return Upright(std::move(picture), orientation);
 }
 
 }  // namespace tarvex::app

@@ -171,7 +171,9 @@ void RemoveOutputOnInterrupt() {
     std::signal(SIGTERM, OnInterrupt);
 #ifndef _WIN32
     std::signal(SIGHUP, OnInterrupt);
-    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write, told like any other
+    // A closed pipe and a full quota are errors of the write, told like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }
 

@@ -112,11 +112,37 @@ bool Palette::IsGrey() const {
                        [](const Rgba& c) { return c.red == c.green && c.green == c.blue; });
 }
 
+bool Palette::IsOpaque() const {
+    return std::all_of(colours.begin(), colours.end(), [](const Rgba& c) { return c.alpha == 255; });
+}
+
 bool Palette::IsBlackAndWhite() const {
     const Rgba black{0, 0, 0, 255};
     const Rgba white{255, 255, 255, 255};
     return colours.size() == 2 &&
            ((colours[0] == black && colours[1] == white) || (colours[0] == white && colours[1] == black));
+}
+
+Picture Coloured(Picture indices, const Palette& palette) {
+    const auto largest = std::max_element(indices.pixels.begin(), indices.pixels.end());
+    if (largest != indices.pixels.end() && *largest >= palette.colours.size()) {
+        throw PictureError("damaged picture: a pixel has a colour that is not in the palette");
+    }
+    if (palette.IsOpaque() && palette.IsGrey()) {
+        for (std::uint8_t& value : indices.pixels) value = palette.colours[value].red;
+        return indices;
+    }
+    const bool hasAlpha = !palette.IsOpaque();
+    Picture picture(indices.width, indices.height, hasAlpha ? PixelFormat::Rgba8 : PixelFormat::Rgb8);
+    std::uint8_t* out = picture.pixels.data();
+    for (const std::uint8_t index : indices.pixels) {
+        const Rgba& colour = palette.colours[index];
+        *out++ = colour.red;
+        *out++ = colour.green;
+        *out++ = colour.blue;
+        if (hasAlpha) *out++ = colour.alpha;
+    }
+    return picture;
 }
 
 Picture Upright(Picture picture, int orientation) {

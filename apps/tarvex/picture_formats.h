@@ -29,14 +29,19 @@ void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLi
 /// Clears the bits of a Bit1 row that lie past its width.
 void ClearRowPadding(Picture& picture, int y);
 
-/// Colours of an indexed picture, and the smallest form that shows them all.
+/// Colours of an indexed picture.
 struct Palette {
     std::vector<Rgba> colours;
 
     bool IsGrey() const;
+    bool IsOpaque() const;
     /// Two colours, black and white in either order.
     bool IsBlackAndWhite() const;
 };
+
+/// The picture whose palette indices stand in a Grey8 picture, in the smallest format that shows its
+/// palette. Raises PictureError for an index beyond the palette.
+Picture Coloured(Picture indices, const Palette& palette);
 
 /// The picture turned upright, given the orientation 1..8 that cameras write into their files
 /// (1 is upright; other values change nothing).

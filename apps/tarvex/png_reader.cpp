@@ -29,8 +29,9 @@ struct PngReader {
     bool hasTransparency = false;
     png_colorp palette = nullptr;
     int paletteSize = 0;
+    png_bytep paletteAlpha = nullptr;
+    int paletteAlphaSize = 0;
 
-    bool keepsIndices = false;  ///< a grey palette: rows arrive as one index a byte
     png_bytep* rows = nullptr;
 
     PngReader(Bytes source) : bytes(source) {}
@@ -66,17 +67,17 @@ void ReadHeader(PngReader& r) {
     png_read_info(r.png, r.info);
     png_get_IHDR(r.png, r.info, &r.width, &r.height, &r.bitDepth, &r.colourType, nullptr, nullptr, nullptr);
     r.hasTransparency = png_get_valid(r.png, r.info, PNG_INFO_tRNS) != 0;
+    if (r.colourType != PNG_COLOR_TYPE_PALETTE) return;
     png_get_PLTE(r.png, r.info, &r.palette, &r.paletteSize);
+    png_get_tRNS(r.png, r.info, &r.paletteAlpha, &r.paletteAlphaSize, nullptr);
 }
 
 void PrepareRows(PngReader& r) {
     if (r.bitDepth == 16) png_set_scale_16(r.png);
-    if (r.keepsIndices) {
-        png_set_packing(r.png);
-    } else {
-        const bool isBitmap = r.colourType == PNG_COLOR_TYPE_GRAY && r.bitDepth == 1 && !r.hasTransparency;
-        if (!isBitmap) png_set_expand(r.png);
-    }
+    const bool isIndexed = r.colourType == PNG_COLOR_TYPE_PALETTE;
+    const bool isBitmap = r.colourType == PNG_COLOR_TYPE_GRAY && r.bitDepth == 1 && !r.hasTransparency;
+    if (isIndexed) png_set_packing(r.png);  // one index a byte, looked up here
+    if (!isIndexed && !isBitmap) png_set_expand(r.png);
     png_set_interlace_handling(r.png);
     png_read_update_info(r.png, r.info);
 }
@@ -84,11 +85,9 @@ void PrepareRows(PngReader& r) {
 void ReadRows(PngReader& r) {
     png_read_image(r.png, r.rows);
     png_read_end(r.png, nullptr);
-    if (r.colourType == PNG_COLOR_TYPE_PALETTE && png_get_palette_max(r.png, r.info) >= r.paletteSize) {
-        png_error(r.png, "a pixel has a colour that is not in the palette");
-    }
 }
 
+/// The format of the rows as they arrive.
 PixelFormat FormatFor(const PngReader& r) {
     switch (r.colourType) {
         case PNG_COLOR_TYPE_GRAY:
@@ -98,28 +97,20 @@ PixelFormat FormatFor(const PngReader& r) {
             return PixelFormat::GreyAlpha8;
         case PNG_COLOR_TYPE_RGB_ALPHA:
             return PixelFormat::Rgba8;
-        case PNG_COLOR_TYPE_PALETTE: {
-            if (r.keepsIndices) return PixelFormat::Grey8;
-            return r.hasTransparency ? PixelFormat::Rgba8 : PixelFormat::Rgb8;
-        }
+        case PNG_COLOR_TYPE_PALETTE:
+            return PixelFormat::Grey8;
         default:
             return r.hasTransparency ? PixelFormat::Rgba8 : PixelFormat::Rgb8;
     }
 }
 
-bool HasGreyPalette(const PngReader& r) {
-    if (r.colourType != PNG_COLOR_TYPE_PALETTE || r.hasTransparency || r.palette == nullptr) return false;
+Palette PaletteOf(const PngReader& r) {
+    Palette palette;
     for (int i = 0; i < r.paletteSize; ++i) {
-        const png_color& c = r.palette[i];
-        if (c.red != c.green || c.green != c.blue) return false;
+        const std::uint8_t alpha = i < r.paletteAlphaSize ? r.paletteAlpha[i] : std::uint8_t{255};
+        palette.colours.push_back({r.palette[i].red, r.palette[i].green, r.palette[i].blue, alpha});
     }
-    return true;
-}
-
-void MapIndicesToGrey(const PngReader& r, Picture& picture) {
-    std::uint8_t greys[256] = {};
-    for (int i = 0; i < r.paletteSize; ++i) greys[i] = r.palette[i].red;
-    for (std::uint8_t& value : picture.pixels) value = greys[value];
+    return palette;
 }
 
 void Step(PngReader& reader, void (*step)(PngReader&)) {
@@ -137,7 +128,6 @@ Picture DecodePng(Bytes bytes, const PictureLimits& limits) {
 
     Step(reader, ReadHeader);
     CheckPictureSize(reader.width, reader.height, limits);
-    reader.keepsIndices = HasGreyPalette(reader);
     Step(reader, PrepareRows);
 
     Picture picture(static_cast<int>(reader.width), static_cast<int>(reader.height), FormatFor(reader));
@@ -149,7 +139,7 @@ Picture DecodePng(Bytes bytes, const PictureLimits& limits) {
     reader.rows = rows.data();
     Step(reader, ReadRows);
 
-    if (reader.keepsIndices) MapIndicesToGrey(reader, picture);
+    if (reader.colourType == PNG_COLOR_TYPE_PALETTE) return Coloured(std::move(picture), PaletteOf(reader));
     if (picture.format == PixelFormat::Bit1) {
         for (int y = 0; y < picture.height; ++y) ClearRowPadding(picture, y);
     }

@@ -1,0 +1,136 @@
+// The built program: every failure is one line, a status of its own, and no file.
+#include "support/precompiled.h"
+
+#include <sys/wait.h>
+
+#include <csignal>
+
+#include "apps/support/program.h"
+#include "apps/support/sample_pictures.h"
+#include "apps/support/temporary_directory.h"
+
+namespace tarvex::app::test {
+namespace {
+
+struct FailureCase {
+    std::vector<std::string> arguments;  // @ stands for the test's directory
+    int status;
+    const char* message;  // part of the line; @ as above
+    std::string input = {};
+};
+
+std::string Placed(std::string text, const TemporaryDirectory& directory) {
+    const std::size_t at = text.find('@');
+    return at == std::string::npos ? text : directory / text.substr(at + 2);
+}
+
+TEST(Program, EveryFailureIsOneLineAStatusAndNoFile) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "good.pgm", "P5 2 1 255\nab");
+    WriteFile(directory / "cut.pgm", "P5 2 1 255\na");
+    WriteFile(directory / "none.pgm", "P5 0 1 255\n");
+    WriteFile(directory / "huge.pgm", "P5 100000 100000 255\na");
+    WriteFile(directory / "text.png", "no picture");
+    WriteFile(directory / "empty.png", "");
+    const FileBytes png = MakePng(RandomSamples(40, 40, 1, 8, 1), {});
+    WriteFile(directory / "cut.png", std::string(png.begin(), png.end() - 30));
+    const std::string before = directory.Content();
+
+    const std::string out = "@/out.svg";
+    const FailureCase cases[] = {
+        {{}, 2, "a command is required"},
+        {{"frob"}, 2, "frob: there is no such command"},
+        {{"--frob"}, 2, "--frob: unknown argument"},
+        {{"trace"}, 2, "input is required"},
+        {{"trace", "@/good.pgm"}, 2, "--output is required"},
+        {{"trace", "@/good.pgm", "-o", out, "--bogus"}, 2, "--bogus: unknown argument"},
+        {{"trace", "--bogus"}, 2, "--bogus: unknown argument"},
+        {{"trace", "@/good.pgm", "more", "-o", out}, 2, "more: unknown argument"},
+        {{"trace", "@/good.pgm", "-o", "@/out.pdf"}, 2, "neither .svg nor .json"},
+        {{"trace", "@/good.pgm", "-o", "@/out"}, 2, "neither .svg nor .json"},
+        {{"trace", "@/good.pgm", "-o", out, "--format", "pdf"}, 2, "--format: 'pdf' is neither svg nor json"},
+        {{"trace", "@/good.pgm", "-o", out, "--mode", "colour"}, 2, "--mode: 'colour' is not a mode"},
+        {{"trace", "@/good.pgm", "-o", out, "--threshold", "256"},
+         2,
+         "'256' is not a whole number from 0 to 255"},
+        {{"trace", "@/good.pgm", "-o", out, "--threshold", "12x"}, 2, "'12x' is not a whole number"},
+        {{"trace", "@/good.pgm", "-o", out, "--detail", "0"}, 2, "--detail: '0'"},
+        {{"trace", "@/good.pgm", "-o", out, "--precision", "-1"}, 2, "--precision: '-1'"},
+        {{"trace", "@/good.pgm", "-o", out, "--min-points", "1e3"}, 2, "--min-points: '1e3'"},
+        {{"trace", "@/good.pgm", "-o", out, "--max-pixels", "99999999999999999999"},
+         2,
+         "--max-pixels: '9999"},
+
+        {{"trace", "@/missing.png", "-o", out}, 3, "@/missing.png: No such file or directory"},
+        {{"trace", "@/.", "-o", out}, 3, "is a directory"},
+        {{"trace", "@/text.png", "-o", out}, 3, "@/text.png: not a picture"},
+        {{"trace", "@/empty.png", "-o", out}, 3, "@/empty.png: the file is empty"},
+        {{"trace", "@/cut.pgm", "-o", out}, 3, "@/cut.pgm: damaged PNM: the data ends early"},
+        {{"trace", "@/cut.png", "-o", out}, 3, "@/cut.png: damaged PNG: the data ends early"},
+        {{"trace", "@/none.pgm", "-o", out}, 3, "@/none.pgm: the picture has no pixels (0 x 1)"},
+        {{"trace", "@/huge.pgm", "-o", out},
+         3,
+         "@/huge.pgm: the picture has 100000 x 100000 pixels, more than"},
+        {{"trace", "@/good.pgm", "-o", out, "--max-pixels", "1"},
+         3,
+         "more than the limit of 1 (--max-pixels)"},
+        {{"trace", "-", "-o", out}, 3, "standard input: the file is empty"},
+        {{"trace", "-", "-o", out}, 3, "standard input: not a picture", "GIF89a"},
+        {{"trace", "/dev/zero", "-o", out}, 3, "/dev/zero: not a picture"},
+        {{"trace", "@/good.pgm", "-o", "@/no/out.svg"}, 3, "@/no/out.svg: cannot be written: its directory"},
+        {{"trace", "@/good.pgm", "-o", "@/.", "--format", "svg"}, 3, "cannot be written: is a directory"},
+    };
+    for (const FailureCase& c : cases) {
+        std::vector<std::string> arguments;
+        for (const std::string& argument : c.arguments) arguments.push_back(Placed(argument, directory));
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const ProgramResult result = RunTarvex(arguments, c.input);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, testing::StartsWith("tarvex: "));
+        EXPECT_THAT(result.errors, testing::HasSubstr(Placed(c.message, directory)));
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        if (c.status == 2) {
+            EXPECT_THAT(result.errors, testing::EndsWith("--help\"\n"));
+        }
+        EXPECT_EQ(directory.Content(), before);
+    }
+}
+
+TEST(Program, HelpAndVersionAreAnswersAndNotErrors) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {"trace", "--help"}, {"--version"}}) {
+        const ProgramResult result = RunTarvex(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors, "");
+        EXPECT_THAT(result.output, testing::HasSubstr("tarvex"));
+    }
+}
+
+TEST(Program, CtrlCEndsItWithStatus130AndNoFile) {
+    const TemporaryDirectory directory;
+    int toProgram[2];
+    ASSERT_EQ(pipe(toProgram), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(toProgram[0], STDIN_FILENO);
+        close(toProgram[0]);
+        close(toProgram[1]);
+        execl(TARVEX_PROGRAM, "tarvex", "trace", "-", "-o", (directory / "out.svg").c_str(), nullptr);
+        _exit(99);
+    }
+    close(toProgram[0]);
+    // Once the pipe's content is taken, the program is past its start and waits for more.
+    const std::string start = "P5 1000 1000 255\n" + std::string(200'000, 'x');
+    ASSERT_EQ(write(toProgram[1], start.data(), start.size()), static_cast<ssize_t>(start.size()));
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    close(toProgram[1]);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_EQ(directory.Content(), "");
+}
+
+}  // namespace
+}  // namespace tarvex::app::test
