@@ -81,6 +81,18 @@ class TARVEX_API CObject {
     CObject& operator=(const CObject&) = default;
 };
 
+/// A device context as drawing functions take it: the handle drawn to, which stays its maker's.
+class TARVEX_API CDC : public CObject {
+  public:
+    CDC() = default;
+    explicit CDC(HDC dc) : m_hDC(dc) {}
+    const CRuntimeClass* GetRuntimeClass() const override;
+    /// The handle; null for a context that is attached to none, on which drawing leaves no trace.
+    HDC GetSafeHdc() const { return m_hDC; }
+
+    HDC m_hDC = nullptr;
+};
+
 // ---------------------------------------------------------------------------------------------
 // Archives
 

@@ -17,6 +17,8 @@
 
 namespace tarvex {
 
+class CDC;
+
 /// One bit per cell: eight columns to a byte, the leftmost in the least significant bit, rows padded
 /// to whole bytes.
 class TARVEX_API CBitMatrix {
@@ -64,6 +66,10 @@ class TARVEX_API CBitMatrix {
         const unsigned char* byte = Locate(x, y, mask);
         return byte != nullptr && (*byte & mask) != 0;
     }
+
+    /// Paints cell (x, y) at pixel (x, y), for inspection: set cells white, clear ones black. Null
+    /// paints on the screen. A pixel at a time, so not for speed.
+    void Dump(CDC* dc) const;
 
   private:
     unsigned char* Locate(int x, int y, int& mask) const {
@@ -117,6 +123,11 @@ class TARVEX_API CByteMatrix {
     /// cell that is neither 0 nor `value`. A negative `r` is an empty square. The cost is that of the
     /// part of the square that lies in the matrix.
     bool Hit(int x, int y, int r, unsigned char value) const;
+
+    /// Paints cell (x, y) at pixel (x, y), for inspection, in one of eight colours by its value modulo
+    /// 8: black, red, green, blue, yellow, magenta, cyan, white. Null paints on the screen. A pixel at a
+    /// time, so not for speed.
+    void Dump(CDC* dc) const;
 
   private:
     bool Holds(int x, int y) const { return x >= 0 && x < m_sizeX && y >= 0 && y < m_sizeY; }

@@ -26,6 +26,11 @@ void CObject::Serialize(CArchive&) {}
 void CObject::AssertValid() const {}
 void CObject::Dump() const {}
 
+const CRuntimeClass* CDC::GetRuntimeClass() const {
+    static constexpr CRuntimeClass context{"CDC", sizeof(CDC)};
+    return &context;
+}
+
 const CRuntimeClass* CPtrArray::GetRuntimeClass() const {
     static constexpr CRuntimeClass pointers{"CPtrArray", sizeof(CPtrArray)};
     return &pointers;

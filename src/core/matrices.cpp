@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/handles.h"
 #include "tarvex/framework.h"
 
 namespace tarvex {
@@ -21,6 +22,17 @@ std::shared_ptr<unsigned char[]> ZeroedCells(std::int64_t rowBytes, std::int64_t
     return {static_cast<unsigned char*>(cells), [](unsigned char* p) { std::free(p); }};
 }
 
+/// Paints a grid of cells, rows in order, on the context or, without one, on the screen.
+template <class ColourOf>
+void PaintCells(const CDC* dc, int columns, int rows, ColourOf colourOf) {
+    ScreenDC screen;
+    if (dc == nullptr) screen.Reset(GetDC(nullptr));
+    const HDC target = dc != nullptr ? dc->GetSafeHdc() : screen.Get();
+    if (target == nullptr) return;
+    for (int y = 0; y < rows; ++y)
+        for (int x = 0; x < columns; ++x) SetPixel(target, x, y, colourOf(x, y));
+}
+
 }  // namespace
 
 void CBitMatrix::SetSize(int w, int h) {
@@ -32,6 +44,11 @@ void CBitMatrix::SetSize(int w, int h) {
     m_sizeX = sizeX;
     m_sizeY = sizeY;
     m_rowBytes = rowBytes;
+}
+
+void CBitMatrix::Dump(CDC* dc) const {
+    PaintCells(dc, m_sizeX, m_sizeY,
+               [this](int x, int y) { return Get(x, y) ? COLORREF{0xFFFFFF} : COLORREF{0}; });
 }
 
 void CByteMatrix::SetSize(int w, int h) {
@@ -61,6 +78,12 @@ bool CByteMatrix::Hit(int x, int y, int r, unsigned char value) const {
         if (std::ranges::any_of(window, hits)) return true;
     }
     return false;
+}
+
+void CByteMatrix::Dump(CDC* dc) const {
+    static constexpr COLORREF palette[8] = {0x000000, 0x0000FF, 0x00FF00, 0xFF0000,
+                                            0x00FFFF, 0xFF00FF, 0xFFFF00, 0xFFFFFF};
+    PaintCells(dc, m_sizeX, m_sizeY, [this](int x, int y) { return palette[Get(x, y) % 8]; });
 }
 
 }  // namespace tarvex

@@ -5,6 +5,7 @@
 
 #include <set>
 
+#include "platform/pictures.h"
 #include "support/property.h"
 #include "tarvex/framework.h"
 
@@ -187,6 +188,40 @@ TEST(ByteMatrix, HitAtTheEdgesOfItsContract) {
     EXPECT_FALSE(matrix.Hit(kLowest, kLowest, kHighest, 5));
     EXPECT_FALSE(matrix.Hit(kHighest, 0, 3, 5));
     EXPECT_FALSE(CByteMatrix().Hit(0, 0, kHighest, 5));
+}
+
+TEST(MatrixDump, PaintsEachCellAtItsPixel) {
+    CBitMatrix bits(1, 1);  // two by two cells
+    bits.Set(1, 0);
+    CByteMatrix bytes(5, 2);
+    for (int i = 0; i < 10; ++i) bytes.Set(i % 5, i / 5, static_cast<unsigned char>(i < 8 ? i : 240 + i));
+    const std::vector<COLORREF> palette = {0x000000, 0x0000FF, 0x00FF00, 0xFF0000, 0x00FFFF,
+                                           0xFF00FF, 0xFFFF00, 0xFFFFFF, 0x000000, 0x0000FF};
+    for (const bool onScreen : {false, true}) {
+        const test::Picture picture(8, 8, 32);
+        const ScreenDC screen(GetDC(nullptr));
+        CDC dc(picture.Dc());
+        CDC* target = onScreen ? nullptr : &dc;
+        const HDC shown = onScreen ? screen.Get() : picture.Dc();
+        for (int i = 0; i < 64; ++i) SetPixel(shown, i % 8, i / 8, 0x123456);
+
+        bytes.Dump(target);
+        std::vector<COLORREF> painted;
+        for (int i = 0; i < 10; ++i) painted.push_back(GetPixel(shown, i % 5, i / 5));
+        EXPECT_EQ(painted, palette);
+        EXPECT_EQ(GetPixel(shown, 5, 0), 0x123456u);
+        EXPECT_EQ(GetPixel(shown, 0, 2), 0x123456u);
+
+        bits.Dump(target);
+        EXPECT_EQ(GetPixel(shown, 0, 0), 0u);
+        EXPECT_EQ(GetPixel(shown, 1, 0), 0xFFFFFFu);
+        EXPECT_EQ(GetPixel(shown, 0, 1), 0u);
+        EXPECT_EQ(GetPixel(shown, 1, 1), 0u);
+        EXPECT_EQ(GetPixel(shown, 2, 0), palette[2]);
+    }
+    CDC nowhere;
+    bytes.Dump(&nowhere);
+    CByteMatrix(-4, -4).Dump(nullptr);
 }
 
 // --- What both kinds share -----------------------------------------------------------------------
