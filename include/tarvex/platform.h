@@ -17,6 +17,8 @@
 #endif
 #include <windows.h>
 
+#include <ctime>
+
 #else
 
 #include <cstdint>
@@ -237,6 +239,48 @@ TARVEX_API COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
 
 /// Nothing is ever pending: everything is drawn when its call returns. True.
 TARVEX_API BOOL GdiFlush();
+
+// ---------------------------------------------------------------------------------------------
+// Rectangles
+//
+// A rectangle holds its left column and top row but not its right column and bottom row, and is empty
+// when that leaves nothing. The result may be one of the arguments. False when a pointer is null.
+
+TARVEX_API BOOL SetRect(RECT* rectangle, int left, int top, int right, int bottom);
+TARVEX_API BOOL CopyRect(RECT* result, const RECT* rectangle);
+/// True for a null pointer.
+TARVEX_API BOOL IsRectEmpty(const RECT* rectangle);
+TARVEX_API BOOL PtInRect(const RECT* rectangle, POINT point);
+/// Moves each side outwards; what would leave the range of a coordinate stops at its end.
+TARVEX_API BOOL InflateRect(RECT* rectangle, int dx, int dy);
+/// What both have in common; false, and a rectangle of zeros, when that is nothing.
+TARVEX_API BOOL IntersectRect(RECT* result, const RECT* a, const RECT* b);
+/// The smallest rectangle around those of the two that are not empty; false, and a rectangle of
+/// zeros, when both are.
+TARVEX_API BOOL UnionRect(RECT* result, const RECT* a, const RECT* b);
+
+// ---------------------------------------------------------------------------------------------
+// What a desktop tells and is told
+
+/// What stands in for keyboard, loudspeaker, clock and debugger. A null member stands for its default.
+/// The functions may be called from any thread that is in the library.
+struct DesktopHooks {
+    bool (*abortRequested)() = nullptr;             ///< whether Escape is held; by default never
+    void (*beep)() = nullptr;                       ///< by default silent
+    std::int64_t (*secondsNow)() = nullptr;         ///< by default the system's clock, seconds since 1970
+    void (*debugOutput)(const wchar_t*) = nullptr;  ///< by default dropped
+};
+
+/// Replaces all hooks, for the whole process, and returns the former ones.
+TARVEX_API DesktopHooks SetDesktopHooks(const DesktopHooks& hooks);
+
+/// The highest bit is set, so the result is negative, while the key is held. Only VK_ESCAPE ever is.
+TARVEX_API SHORT GetAsyncKeyState(int key);
+TARVEX_API BOOL MessageBeep(UINT type);
+/// Whole seconds; also stored in `*seconds` unless that is null.
+TARVEX_API std::int64_t _time64(std::int64_t* seconds);
+/// A null text is ignored.
+TARVEX_API void OutputDebugStringW(const wchar_t* text);
 
 }  // namespace tarvex
 

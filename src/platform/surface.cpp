@@ -76,15 +76,30 @@ void CopyColourToMono(const Surface& to, const Surface& from, const CopyArea& ar
     }
 }
 
+/// Turns eight bits into eight pixels; `difference` is what separates the two colours.
+void ExpandEight(std::byte* to, std::byte bits, PixelWord zero, PixelWord difference) {
+    PixelWord words[8];
+    for (int k = 0; k < 8; ++k) {
+        const PixelWord all = 0u - (static_cast<PixelWord>(bits) >> (7 - k) & 1);
+        words[k] = zero ^ (difference & all);
+    }
+    std::memcpy(to, words, sizeof words);
+}
+
 void CopyMonoToColour(const Surface& to, const Surface& from, const CopyArea& area) {
     const PixelWord zero = from.table[0];
     const PixelWord difference = zero ^ from.table[1];
     for (int row = 0; row < area.height; ++row) {
         std::byte* toRow = to.Row(area.toY + row);
         const std::byte* fromRow = from.Row(area.fromY + row);
-        for (int i = 0; i < area.width; ++i) {
-            const PixelWord all = LoadBit(fromRow, area.fromX + i) ? ~PixelWord{0} : 0;
-            StorePixel(toRow, area.toX + i, zero ^ (difference & all));
+        for (int i = 0; i < area.width;) {
+            if (const int x = area.fromX + i; (x & 7) == 0 && area.width - i >= 8) {
+                ExpandEight(toRow + std::ptrdiff_t{area.toX + i} * 4, fromRow[x >> 3], zero, difference);
+                i += 8;
+            } else {
+                StorePixel(toRow, area.toX + i, from.table[LoadBit(fromRow, x) ? 1 : 0]);
+                ++i;
+            }
         }
     }
 }
@@ -149,24 +164,30 @@ Sampling SampleAxis(int toStart, int toSize, int toLimit, int fromStart, int fro
     return sampling;
 }
 
-/// What the source's pixels become in the destination.
-class ValueReader {
+/// Reads the pixels in the given columns of a row as what they become in the destination.
+class LineReader {
   public:
-    ValueReader(const Surface& to, const Surface& from)
-        : m_fromMono(from.depth == Depth::Mono), m_toMono(to.depth == Depth::Mono), m_nearest(to.table) {
-        if (m_fromMono) m_map = TableMap(to, from);
-    }
-    PixelWord operator()(const std::byte* row, int x) const {
-        if (m_fromMono) return m_map[LoadBit(row, x) ? 1 : 0];
-        const PixelWord word = LoadPixel(row, x);
-        return m_toMono ? PixelWord{m_nearest(word)} : word;
+    LineReader(const Surface& to, const Surface& from)
+        : m_from(from.depth), m_to(to.depth), m_nearest(to.table), m_map(TableMap(to, from)) {}
+
+    void Read(const std::byte* row, const std::vector<int>& columns, std::vector<PixelWord>& line) const {
+        const auto read = [&](auto valueAt) {
+            std::transform(columns.begin(), columns.end(), line.begin(), valueAt);
+        };
+        if (m_from == Depth::Mono) {
+            read([&](int x) { return m_map[LoadBit(row, x) ? 1 : 0]; });
+        } else if (m_to == Depth::Mono) {
+            read([&](int x) { return m_nearest(LoadPixel(row, x)) ? PixelWord{1} : PixelWord{0}; });
+        } else {
+            read([&](int x) { return LoadPixel(row, x); });
+        }
     }
 
   private:
-    bool m_fromMono;
-    bool m_toMono;
+    Depth m_from;
+    Depth m_to;
     NearestOfTwo m_nearest;
-    std::array<PixelWord, 2> m_map{};
+    std::array<PixelWord, 2> m_map;
 };
 
 /// A copy of a surface's pixels, for copies onto itself.
@@ -242,7 +263,7 @@ void StretchPixels(const Surface& to, const Extent& target, const Surface& from,
         SampleAxis(target.y, target.height, to.height, source.y, source.height, from.height);
     if (columns.sources.empty() || rows.sources.empty()) return;
 
-    const ValueReader valueAt(to, from);
+    const LineReader reader(to, from);
     const int width = static_cast<int>(columns.sources.size());
     const int left = static_cast<int>(target.x + columns.first);
     const int top = static_cast<int>(target.y + rows.first);
@@ -251,8 +272,7 @@ void StretchPixels(const Surface& to, const Extent& target, const Surface& from,
     for (std::size_t row = 0; row < rows.sources.size(); ++row) {
         if (rows.sources[row] != lineOf) {
             lineOf = rows.sources[row];
-            const std::byte* fromRow = from.Row(lineOf);
-            for (std::size_t i = 0; i < line.size(); ++i) line[i] = valueAt(fromRow, columns.sources[i]);
+            reader.Read(from.Row(lineOf), columns.sources, line);
         }
         std::byte* toRow = to.Row(top + static_cast<int>(row));
         const auto* words = reinterpret_cast<const std::byte*>(line.data());
@@ -276,9 +296,19 @@ void FillSpan(const Surface& surface, int y, int left, int right, PixelWord valu
 void FillPixels(const Surface& surface, int left, int top, int right, int bottom, PixelWord value) {
     left = std::max(left, 0);
     right = std::min(right, surface.width);
-    if (left >= right) return;
-    for (int y = std::max(top, 0); y < std::min(bottom, surface.height); ++y)
-        FillSpan(surface, y, left, right, value);
+    top = std::max(top, 0);
+    bottom = std::min(bottom, surface.height);
+    if (left >= right || top >= bottom) return;
+    FillSpan(surface, top, left, right, value);
+    for (int y = top + 1; y < bottom; ++y) {
+        if (surface.depth == Depth::Mono) {
+            FillSpan(surface, y, left, right, value);
+        } else {
+            const std::ptrdiff_t start = std::ptrdiff_t{left} * 4;
+            std::memcpy(surface.Row(y) + start, surface.Row(top) + start,
+                        static_cast<std::size_t>(right - left) * 4);
+        }
+    }
 }
 
 }  // namespace tarvex::platform
