@@ -1,9 +1,8 @@
 // BitBlt, StretchBlt and FillRect against plain loops over single pixels.
 #include "support/precompiled.h"
 
-#include <rapidcheck.h>
-
 #include "platform/pictures.h"
+#include "support/property.h"
 
 namespace tarvex::test {
 namespace {
@@ -131,48 +130,54 @@ Place RandomPlace(int limit) {
 }
 
 TEST(Blit, CopiesWhatAPixelByPixelCopyDoes) {
-    EXPECT_TRUE(rc::check([] {
-        const int limit = *rc::gen::element(9, 70, 200);
-        const auto to = RandomPicture(limit);
-        const auto from = RandomPicture(limit);
-        const Place p = RandomPlace(limit);
-        const auto expected = PlainBlit(*to, *from, p);
-        const auto padding = Padding(*to);
-        RC_ASSERT(BitBlt(to->Dc(), p.x, p.y, p.width, p.height, from->Dc(), p.fromX, p.fromY, SRCCOPY) ==
-                  TRUE);
-        RC_ASSERT(Values(*to) == expected);
-        RC_ASSERT(Padding(*to) == padding);
-    }));
+    ExpectLaw(
+        [] {
+            const int limit = *rc::gen::element(9, 70, 200);
+            const auto to = RandomPicture(limit);
+            const auto from = RandomPicture(limit);
+            const Place p = RandomPlace(limit);
+            const auto expected = PlainBlit(*to, *from, p);
+            const auto padding = Padding(*to);
+            RC_ASSERT(BitBlt(to->Dc(), p.x, p.y, p.width, p.height, from->Dc(), p.fromX, p.fromY, SRCCOPY) ==
+                      TRUE);
+            RC_ASSERT(Values(*to) == expected);
+            RC_ASSERT(Padding(*to) == padding);
+        },
+        300);
 }
 
 TEST(Blit, OntoItselfReadsEverythingBeforeItWrites) {
-    EXPECT_TRUE(rc::check([] {
-        const int limit = *rc::gen::element(9, 70, 200);
-        const auto picture = RandomPicture(limit);
-        const Place p = RandomPlace(limit);
-        const auto expected = PlainBlit(*picture, *picture, p);
-        RC_ASSERT(BitBlt(picture->Dc(), p.x, p.y, p.width, p.height, picture->Dc(), p.fromX, p.fromY,
-                         SRCCOPY) == TRUE);
-        RC_ASSERT(Values(*picture) == expected);
-    }));
+    ExpectLaw(
+        [] {
+            const int limit = *rc::gen::element(9, 70, 200);
+            const auto picture = RandomPicture(limit);
+            const Place p = RandomPlace(limit);
+            const auto expected = PlainBlit(*picture, *picture, p);
+            RC_ASSERT(BitBlt(picture->Dc(), p.x, p.y, p.width, p.height, picture->Dc(), p.fromX, p.fromY,
+                             SRCCOPY) == TRUE);
+            RC_ASSERT(Values(*picture) == expected);
+        },
+        300);
 }
 
 TEST(Stretch, TakesThePixelUnderEachCentre) {
-    EXPECT_TRUE(rc::check([] {
-        const auto to = RandomPicture(70);
-        const auto from = RandomPicture(70);
-        const Place p = RandomPlace(70);
-        const int fromWidth = Coordinate(70);
-        const int fromHeight = Coordinate(12);
-        const bool ontoItself = *rc::gen::inRange(0, 5) == 0;
-        const Picture& source = ontoItself ? *to : *from;
-        const auto expected = PlainStretch(*to, source, p, fromWidth, fromHeight);
-        const auto padding = Padding(*to);
-        RC_ASSERT(StretchBlt(to->Dc(), p.x, p.y, p.width, p.height, source.Dc(), p.fromX, p.fromY, fromWidth,
-                             fromHeight, SRCCOPY) == TRUE);
-        RC_ASSERT(Values(*to) == expected);
-        RC_ASSERT(Padding(*to) == padding);
-    }));
+    ExpectLaw(
+        [] {
+            const auto to = RandomPicture(70);
+            const auto from = RandomPicture(70);
+            const Place p = RandomPlace(70);
+            const int fromWidth = Coordinate(70);
+            const int fromHeight = Coordinate(12);
+            const bool ontoItself = *rc::gen::inRange(0, 5) == 0;
+            const Picture& source = ontoItself ? *to : *from;
+            const auto expected = PlainStretch(*to, source, p, fromWidth, fromHeight);
+            const auto padding = Padding(*to);
+            RC_ASSERT(StretchBlt(to->Dc(), p.x, p.y, p.width, p.height, source.Dc(), p.fromX, p.fromY,
+                                 fromWidth, fromHeight, SRCCOPY) == TRUE);
+            RC_ASSERT(Values(*to) == expected);
+            RC_ASSERT(Padding(*to) == padding);
+        },
+        300);
 }
 
 TEST(Stretch, EnlargingAndShrinkingByAWholeFactorGivesThePictureBack) {
@@ -190,24 +195,27 @@ TEST(Stretch, EnlargingAndShrinkingByAWholeFactorGivesThePictureBack) {
 }
 
 TEST(Fill, LeavesOutTheRightColumnAndTheBottomRow) {
-    EXPECT_TRUE(rc::check([] {
-        const auto picture = RandomPicture(100);
-        const RECT r = {Coordinate(100), Coordinate(12), Coordinate(100), Coordinate(12)};
-        const COLORREF colour = *rc::gen::inRange(0u, 0x1000000u);
-        auto expected = Values(*picture);
-        const auto padding = Padding(*picture);
-        const std::uint32_t word = RGB(GetBValue(colour), GetGValue(colour), GetRValue(colour));
-        for (int y = 0; y < picture->Height(); ++y) {
-            for (int x = 0; x < picture->Width(); ++x) {
-                if (x >= r.left && x < r.right && y >= r.top && y < r.bottom)
-                    expected[static_cast<std::size_t>(y * picture->Width() + x)] = Converted(*picture, word);
+    ExpectLaw(
+        [] {
+            const auto picture = RandomPicture(100);
+            const RECT r = {Coordinate(100), Coordinate(12), Coordinate(100), Coordinate(12)};
+            const COLORREF colour = *rc::gen::inRange(0u, 0x1000000u);
+            auto expected = Values(*picture);
+            const auto padding = Padding(*picture);
+            const std::uint32_t word = RGB(GetBValue(colour), GetGValue(colour), GetRValue(colour));
+            for (int y = 0; y < picture->Height(); ++y) {
+                for (int x = 0; x < picture->Width(); ++x) {
+                    if (x >= r.left && x < r.right && y >= r.top && y < r.bottom)
+                        expected[static_cast<std::size_t>(y * picture->Width() + x)] =
+                            Converted(*picture, word);
+                }
             }
-        }
-        const UniqueBrush brush(CreateSolidBrush(colour));
-        RC_ASSERT(FillRect(picture->Dc(), &r, brush.Get()) != 0);
-        RC_ASSERT(Values(*picture) == expected);
-        RC_ASSERT(Padding(*picture) == padding);
-    }));
+            const UniqueBrush brush(CreateSolidBrush(colour));
+            RC_ASSERT(FillRect(picture->Dc(), &r, brush.Get()) != 0);
+            RC_ASSERT(Values(*picture) == expected);
+            RC_ASSERT(Padding(*picture) == padding);
+        },
+        300);
 }
 
 TEST(Fill, WithTheEmptyBrushChangesNothing) {
