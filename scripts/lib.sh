@@ -18,7 +18,7 @@ packages_of() {
 
 apt() {
     local -a command=(env DEBIAN_FRONTEND=noninteractive apt-get
-        -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3 -qq "$@")
+        -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 -o Acquire::Retries=3 -qq "$@")
     if [ "$(id -u)" -ne 0 ]; then
         command=(sudo "${command[@]}")
     fi
