@@ -1,10 +1,37 @@
 // Fitting chains of cubic segments to runs of points.
+//
+// Published by P. J. Schneider, "An Algorithm for Automatically Fitting Digitized Curves", Graphics Gems,
+// 1990. With both end points and the directions of both handles given, a cubic has two unknowns left:
+// the lengths of the handles. Given a parameter for every point (first: its share of the polyline's
+// length), the best lengths solve two linear equations. What is left of the distance comes partly from
+// unsuitable parameters, so when it is not too large each parameter is moved by one Newton step to where
+// the curve passes closest, and the equations are solved again. When that does not help either, the worst
+// point becomes a joint, with the direction between its neighbours for a common tangent.
+//
+// Where this fit differs from the published one is written in the header. The reasons: digitised
+// points are whole numbers and repeat, so all tests for zero have a tolerance; a handle longer than its
+// chord by the golden section makes loops and cusps on short ranges, so it is cut; the depth of the
+// splitting is bounded, since each split may take off just one point.
+//
+// The bits of the result are defined by this order of operations, which tests hold by a plain twin:
+// - parameters are running sums of sqrt(dx*dx + dy*dy), divided by the last;
+// - with g1 = (u(1-u))(1-u), g2 = (u(1-u))u and r = (d - d_first) - chord·(u·u·(3 - (u+u))), the sums
+//   of g1 g1, g1 g2, g2 g2, g1 r and g2 r run over the points of even number and over those of odd
+//   number, and are then added; the factors 9 and 3 and the tangents multiply the sums;
+// - the curve less its first point is evaluated as ((a u + b) u + c) u.
+//
+// Cost: ranges wait on a stack of their own, at most one per level, and all passes share six arrays as
+// long as the run, so nothing is allocated per point or per range. The left part of a split
+// starts where the whole did, so its running sums are there already. Only distances from points to
+// points before them are needed, and they are computed once.
 #include "bezier/fit.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 
+#include "bezier/fit_kernels.h"
 #include "bezier/vector.h"
 
 namespace tarvex {
@@ -23,171 +50,149 @@ struct Range {
     int depth;
 };
 
-/// A candidate segment, relative to its first point.
-struct Candidate {
-    DPOINT startHandle;  // p1 - p0
-    DPOINT endHandle;    // p2 - p3
-    DPOINT chord;        // p3 - p0
+/// A candidate segment, relative to its ends.
+struct Handles {
+    DPOINT start;  // p1 - p0
+    DPOINT end;    // p2 - p3
 };
 
-/// The candidate less its first point as a polynomial ((a t + b) t + c) t.
-struct Cubic {
-    DPOINT a, b, c;
-};
-
-Cubic PolynomialOf(const Candidate& candidate) {
-    const DPOINT p2 = Plus(candidate.chord, candidate.endHandle);
-    const DPOINT c = Times(candidate.startHandle, 3);
-    const DPOINT b = Minus(Times(Minus(p2, candidate.startHandle), 3), c);
-    const DPOINT a = Minus(Minus(candidate.chord, c), b);
-    return {a, b, c};
+/// Handles a third of the chord long: the fallback.
+Handles ThirdHandles(DPOINT startTangent, DPOINT endTangent, DPOINT chord) {
+    const double third = Length(chord) / 3;
+    return {Times(startTangent, third), Times(endTangent, third)};
 }
 
-struct WorstPoint {
-    double squaredDistance;
-    std::size_t index;
+/// The least-squares problem of a range: what of it does not depend on the parameters.
+class HandleSolver {
+  public:
+    HandleSolver(DPOINT startTangent, DPOINT endTangent, DPOINT chord)
+        : m_t1(startTangent),
+          m_t2(endTangent),
+          m_fallback(ThirdHandles(startTangent, endTangent, chord)),
+          m_t11(Dot(m_t1, m_t1)),
+          m_t12(Dot(m_t1, m_t2)),
+          m_t22(Dot(m_t2, m_t2)) {
+        const double length1 = Length(m_t1);
+        const double length2 = Length(m_t2);
+        const double longest = kLongestHandle * Length(chord);
+        m_solvable = !(length1 < GEOMETRY_EPSILON || length2 < GEOMETRY_EPSILON);
+        m_limit1 = longest / length1;
+        m_limit2 = longest / length2;
+    }
+
+    Handles Solve(const LeastSquaresSums& sums) const {
+        if (!m_solvable) return m_fallback;
+        const double c00 = 9 * sums.g11 * m_t11;
+        const double c01 = 9 * sums.g12 * m_t12;
+        const double c11 = 9 * sums.g22 * m_t22;
+        const double x0 = 3 * Dot(m_t1, sums.r1);
+        const double x1 = 3 * Dot(m_t2, sums.r2);
+        double det = c00 * c11 - c01 * c01;
+        if (std::fabs(det) < GEOMETRY_EPSILON) det = c00 * c11 + GEOMETRY_EPSILON;
+        double alpha1 = (x0 * c11 - x1 * c01) / det;
+        double alpha2 = (c00 * x1 - c01 * x0) / det;
+        if (std::fabs(alpha1) > m_limit1) alpha1 = m_limit1;
+        if (std::fabs(alpha2) > m_limit2) alpha2 = m_limit2;
+        if (alpha1 < 0 || alpha2 < 0) return m_fallback;
+        return {Times(m_t1, alpha1), Times(m_t2, alpha2)};
+    }
+
+  private:
+    DPOINT m_t1;
+    DPOINT m_t2;
+    Handles m_fallback;
+    double m_t11, m_t12, m_t22;
+    double m_limit1, m_limit2;
+    bool m_solvable;
 };
 
 class Fitter {
   public:
     Fitter(std::span<const DPOINT> points, double error, std::vector<BEZIER>& out)
-        : m_points(points), m_error(error), m_out(out), m_u(points.size()) {}
+        : m_points(points),
+          m_error(error),
+          m_out(out),
+          m_storage(std::make_unique_for_overwrite<double[]>(points.size() * 6)),
+          m_x(m_storage.get()),
+          m_y(m_x + points.size()),
+          m_lengths(m_y + points.size()),
+          m_along(m_lengths + points.size()),
+          m_u(m_along + points.size()),
+          m_squares(m_u + points.size()) {
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            m_x[i] = points[i].x;
+            m_y[i] = points[i].y;
+        }
+        StepLengths(m_x, m_y, m_lengths, points.size());
+    }
 
     void Run(DPOINT startTangent, DPOINT endTangent) {
-        std::vector<Range> waiting{{0, m_points.size() - 1, startTangent, endTangent, 0}};
-        while (!waiting.empty()) {
-            const Range range = waiting.back();
-            waiting.pop_back();
-            const std::size_t split = FitOrSplit(range);
-            if (split <= range.first || split >= range.last || range.depth >= kMaxDepth) continue;
-            const DPOINT tangent = CentreTangent(split);
-            waiting.push_back(
-                {split, range.last, {-tangent.x, -tangent.y}, range.endTangent, range.depth + 1});
-            waiting.push_back({range.first, split, range.startTangent, tangent, range.depth + 1});
+        SumLengths(0, m_points.size() - 1);
+        m_waiting.push_back({0, m_points.size() - 1, startTangent, endTangent, 0});
+        while (!m_waiting.empty()) {
+            const Range range = m_waiting.back();
+            m_waiting.pop_back();
+            const std::optional<std::size_t> split = FitOrFindSplit(range);
+            if (!split || *split <= range.first || *split >= range.last || range.depth >= kMaxDepth) continue;
+            const DPOINT tangent = CentreTangent(*split);
+            m_waiting.push_back(
+                {*split, range.last, {-tangent.x, -tangent.y}, range.endTangent, range.depth + 1});
+            m_waiting.push_back({range.first, *split, range.startTangent, tangent, range.depth + 1});
         }
     }
 
   private:
-    /// Emits a segment for the range and returns 0, or returns the point to split it at.
-    std::size_t FitOrSplit(const Range& range) {
-        if (range.last - range.first == 1) {
-            Emit(range, ThirdHandles(range));
-            return 0;
+    /// Emits a segment for the range, or returns the point to split it at.
+    std::optional<std::size_t> FitOrFindSplit(const Range& range) {
+        const RangeView view{m_x + range.first, m_y + range.first, m_u + range.first,
+                             range.last - range.first + 1};
+        const DPOINT chord = view.Chord();
+        if (view.count == 2) {
+            Emit(range, ThirdHandles(range.startTangent, range.endTangent, chord));
+            return std::nullopt;
         }
-        Parameterize(range);
-        Candidate candidate = Generate(range);
-        WorstPoint worst = FindWorst(range, candidate);
+        // A left half starts where the whole did: its lengths are summed up already.
+        if (range.first != m_summedFrom) SumLengths(range.first, range.last);
+        Parameterize(view, m_along + range.first);
+        const HandleSolver solver(range.startTangent, range.endTangent, chord);
         for (int pass = 0;; ++pass) {
-            if (worst.squaredDistance < m_error) {
-                Emit(range, candidate);
-                return 0;
+            const Handles handles = solver.Solve(SumUp(view));
+            const auto cubic = OffsetCubic::FromHandles(handles.start, handles.end, chord);
+            const double greatest = GreatestSquaredDistance(view, cubic, m_squares + range.first);
+            if (greatest < m_error) {
+                Emit(range, handles);
+                return std::nullopt;
             }
-            if (pass == kNewtonPasses) return worst.index;
-            if (pass == 0 && !(worst.squaredDistance < m_error * m_error)) return worst.index;
-            Reparameterize(range, candidate);
-            candidate = Generate(range);
-            worst = FindWorst(range, candidate);
+            const bool hopeless = pass == 0 && !(greatest < m_error * m_error);
+            if (hopeless || pass == kNewtonPasses) return LastWorst(range, greatest);
+            Reparameterize(view, cubic);
         }
     }
 
-    void Parameterize(const Range& range) {
-        double length = 0;
-        m_u[range.first] = 0;
-        for (std::size_t i = range.first + 1; i <= range.last; ++i) {
-            length += Distance(m_points[i], m_points[i - 1]);
-            m_u[i] = length;
+    /// Sums up the lengths from `first` on.
+    void SumLengths(std::size_t first, std::size_t last) {
+        double along = 0;
+        m_along[first] = 0;
+        for (std::size_t i = first + 1; i <= last; ++i) m_along[i] = along += m_lengths[i];
+        m_summedFrom = first;
+    }
+
+    /// The last inner point at the greatest distance. When no distance is a number, the number (from the
+    /// start of the run) of half the range's points.
+    std::size_t LastWorst(const Range& range, double greatest) const {
+        for (std::size_t i = range.last - 1; i > range.first; --i) {
+            if (m_squares[i] == greatest) return i;
         }
-        if (!(length >= GEOMETRY_EPSILON)) return;
-        for (std::size_t i = range.first; i <= range.last; ++i) m_u[i] /= length;
+        return (range.last - range.first + 1) / 2;
     }
 
-    Candidate Generate(const Range& range) const {
-        const DPOINT origin = m_points[range.first];
-        const DPOINT chord = Minus(m_points[range.last], origin);
-        std::array<double, 2> s11{}, s12{}, s22{}, y1x{}, y1y{}, y2x{}, y2y{};
-        for (std::size_t i = range.first; i <= range.last; ++i) {
-            const std::size_t lane = (i - range.first) % 2;
-            const double u = m_u[i];
-            const double v = 1 - u;
-            const double uv = u * v;
-            const double g1 = uv * v;
-            const double g2 = uv * u;
-            const double along = u * u * (3 - (u + u));
-            const double rx = (m_points[i].x - origin.x) - chord.x * along;
-            const double ry = (m_points[i].y - origin.y) - chord.y * along;
-            s11[lane] += g1 * g1;
-            s12[lane] += g1 * g2;
-            s22[lane] += g2 * g2;
-            y1x[lane] += g1 * rx;
-            y1y[lane] += g1 * ry;
-            y2x[lane] += g2 * rx;
-            y2y[lane] += g2 * ry;
-        }
-        const auto sum = [](const std::array<double, 2>& lanes) { return lanes[0] + lanes[1]; };
-        const DPOINT t1 = range.startTangent;
-        const DPOINT t2 = range.endTangent;
-        const double c00 = 9 * sum(s11) * Dot(t1, t1);
-        const double c01 = 9 * sum(s12) * Dot(t1, t2);
-        const double c11 = 9 * sum(s22) * Dot(t2, t2);
-        const double x0 = 3 * Dot(t1, {sum(y1x), sum(y1y)});
-        const double x1 = 3 * Dot(t2, {sum(y2x), sum(y2y)});
-        double det = c00 * c11 - c01 * c01;
-        if (std::fabs(det) < GEOMETRY_EPSILON) det = c00 * c11 + GEOMETRY_EPSILON;
-        double alpha1 = (x0 * c11 - x1 * c01) / det;
-        double alpha2 = (c00 * x1 - c01 * x0) / det;
-        const double length1 = Length(t1);
-        const double length2 = Length(t2);
-        if (length1 < GEOMETRY_EPSILON || length2 < GEOMETRY_EPSILON) return ThirdHandles(range);
-        const double limit = kLongestHandle * Length(chord);
-        if (std::fabs(alpha1) > limit / length1) alpha1 = limit / length1;
-        if (std::fabs(alpha2) > limit / length2) alpha2 = limit / length2;
-        if (alpha1 < 0 || alpha2 < 0) return ThirdHandles(range);
-        return {Times(t1, alpha1), Times(t2, alpha2), chord};
-    }
-
-    Candidate ThirdHandles(const Range& range) const {
-        const DPOINT chord = Minus(m_points[range.last], m_points[range.first]);
-        const double third = Length(chord) / 3;
-        return {Times(range.startTangent, third), Times(range.endTangent, third), chord};
-    }
-
-    WorstPoint FindWorst(const Range& range, const Candidate& candidate) const {
-        const Cubic q = PolynomialOf(candidate);
-        WorstPoint worst{0, (range.last - range.first + 1) / 2};
-        for (std::size_t i = range.first + 1; i < range.last; ++i) {
-            const double squaredDistance = SquaredLength(OffsetFromCurve(q, range, i));
-            if (squaredDistance >= worst.squaredDistance) worst = {squaredDistance, i};
-        }
-        return worst;
-    }
-
-    void Reparameterize(const Range& range, const Candidate& candidate) {
-        const Cubic q = PolynomialOf(candidate);
-        for (std::size_t i = range.first; i <= range.last; ++i) {
-            const double u = m_u[i];
-            const DPOINT r = OffsetFromCurve(q, range, i);
-            const DPOINT first{(3 * q.a.x * u + 2 * q.b.x) * u + q.c.x,
-                               (3 * q.a.y * u + 2 * q.b.y) * u + q.c.y};
-            const DPOINT second{6 * q.a.x * u + 2 * q.b.x, 6 * q.a.y * u + 2 * q.b.y};
-            const double denominator = SquaredLength(first) + Dot(r, second);
-            if (!(std::fabs(denominator) < GEOMETRY_EPSILON)) m_u[i] = u - Dot(r, first) / denominator;
-        }
-    }
-
-    /// The curve at the point's parameter, less the point.
-    DPOINT OffsetFromCurve(const Cubic& q, const Range& range, std::size_t i) const {
-        const double u = m_u[i];
-        const DPOINT d = Minus(m_points[i], m_points[range.first]);
-        return {((q.a.x * u + q.b.x) * u + q.c.x) * u - d.x, ((q.a.y * u + q.b.y) * u + q.c.y) * u - d.y};
-    }
-
-    void Emit(const Range& range, const Candidate& candidate) {
+    void Emit(const Range& range, const Handles& handles) {
         const DPOINT first = m_points[range.first];
         const DPOINT last = m_points[range.last];
         BEZIER& segment = m_out.emplace_back();
         segment.p0 = first;
-        segment.p1 = Plus(first, candidate.startHandle);
-        segment.p2 = Plus(last, candidate.endHandle);
+        segment.p1 = Plus(first, handles.start);
+        segment.p2 = Plus(last, handles.end);
         segment.p3 = last;
     }
 
@@ -198,7 +203,15 @@ class Fitter {
     std::span<const DPOINT> m_points;
     double m_error;
     std::vector<BEZIER>& m_out;
-    std::vector<double> m_u;
+    std::vector<Range> m_waiting;
+    std::unique_ptr<double[]> m_storage;
+    double* m_x;
+    double* m_y;
+    double* m_lengths;  // from the point before
+    double* m_along;    // from m_summedFrom
+    double* m_u;
+    double* m_squares;  // squared distances from the candidate
+    std::size_t m_summedFrom = 0;
 };
 
 std::vector<BEZIER> FitWithEndTangents(const DPOINT* points, int n, double error) {
