@@ -1,7 +1,12 @@
-// The cubic segment: evaluation, the scan for the nearest point, chord lengths.
+// The cubic segment: construction, evaluation, and the scan for the nearest point.
 #include "tarvex/bezier.h"
 
-#include "bezier/vector.h"
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "bezier/sampling.h"
 
 namespace tarvex {
 
@@ -24,64 +29,78 @@ DPOINT CBezier::GetCurvePoint(double t) const {
     return {w0 * p0.x + w1 * p1.x + w2 * p2.x + w3 * p3.x, w0 * p0.y + w1 * p1.y + w2 * p2.y + w3 * p3.y};
 }
 
-double CBezier::_GetCurveT(const DPOINT& p) const {
-    double best = 0;
-    double bestDistance = 1e100;
-    double lower = 0;
-    double upper = 1;
-    double step = 0.01;
-    for (int pass = 0;; ++pass) {
-        for (double t = lower; t <= upper; t += step) {
-            const double distance = Distance(GetCurvePoint(t), p);
-            if (distance < bestDistance) {
-                bestDistance = distance;
-                best = t;
+namespace {
+
+constexpr double kFirstStep = 0.01;
+constexpr int kFinerPasses = 8;
+constexpr std::size_t kMostSamples = 100;
+
+/// The parameters of a scan: from `lower` by repeated addition. A fine scan, of an interval of at most 20
+/// steps, takes up to 22; the first takes 100, as its last addition exceeds 1.
+struct ScanParameters {
+    constexpr ScanParameters(double lower, double upper, double step) {
+        for (double t = lower; t <= upper && count < kMostSamples; t += step) values[count++] = t;
+    }
+
+    std::array<double, kMostSamples> values;
+    std::size_t count = 0;
+};
+
+constexpr ScanParameters kFirstScan(0, 1, kFirstStep);
+static_assert(kFirstScan.count == 100 && kFirstScan.values[99] < 1 && kFirstScan.values[99] + kFirstStep > 1);
+
+/// The nearest of all samples so far.
+class NearestSample {
+  public:
+    NearestSample(const CBezier& curve, const DPOINT& p) : m_curve(curve), m_p(p) {}
+
+    void Scan(const ScanParameters& t) {
+        std::array<double, kMostSamples> x, y;
+        SampleCurve(m_curve, t.values.data(), t.count, x.data(), y.data());
+        for (std::size_t k = 0; k < t.count; ++k) {
+            const double dx = x[k] - m_p.x;
+            const double dy = y[k] - m_p.y;
+            const double square = dx * dx + dy * dy;
+            // Roots are monotonic: without a smaller square there is no smaller distance. Different
+            // squares can have one root, though, and then the earlier sample stays.
+            if (!(square < m_square)) continue;
+            const double distance = std::sqrt(square);
+            if (distance < m_distance) {
+                m_distance = distance;
+                m_square = square;
+                m_t = t.values[k];
             }
         }
-        if (pass == 8) return best;
-        lower = best - step < 0 ? 0 : best - step;
-        upper = best + step > 1 ? 1 : best + step;
-        step /= 10;
     }
+
+    double Parameter() const { return m_t; }
+
+  private:
+    const CBezier& m_curve;
+    DPOINT m_p;
+    double m_t = 0;
+    double m_distance = 1e100;
+    double m_square = std::numeric_limits<double>::infinity();
+};
+
+}  // namespace
+
+double CBezier::_GetCurveT(const DPOINT& p) const {
+    NearestSample nearest(*this, p);
+    nearest.Scan(kFirstScan);
+    double step = kFirstStep;
+    for (int pass = 0; pass < kFinerPasses; ++pass) {
+        const double lower = std::max(0.0, nearest.Parameter() - step);
+        const double upper = std::min(1.0, nearest.Parameter() + step);
+        step /= 10;
+        nearest.Scan(ScanParameters(lower, upper, step));
+    }
+    return nearest.Parameter();
 }
 
 DPOINT CBezier::_GetCurvePoint(const DPOINT& p) const { return GetCurvePoint(_GetCurveT(p)); }
 DPOINT CBezier::GetNearestCurvePoint(const DPOINT& p) const {
     return GetCurvePoint(GetNearestCurvePointT(p));
-}
-
-double CBezier::GetL(int n) const {
-    double length = 0;
-    DPOINT from = p0;
-    for (int i = 1; i < n; ++i) {
-        const DPOINT to = GetCurvePoint(static_cast<double>(i) / n);
-        length += Distance(from, to);
-        from = to;
-    }
-    return length + Distance(from, p3);
-}
-
-namespace {
-
-int ChordCount(const CBezier& segment) {
-    const double coarse = segment.GetL(10);
-    int n = 20;
-    for (int doublings = 0; doublings < 10; ++doublings, n *= 2) {
-        if (std::fabs(coarse - segment.GetL(n)) <= segment.resolution) break;
-    }
-    return n;
-}
-
-}  // namespace
-
-double CBezier::GetLength() const { return GetL(ChordCount(*this)); }
-
-void CBezier::GetPolylineEx(CArray<DPOINT, DPOINT>& out) const {
-    const int n = ChordCount(*this);
-    out.SetSize(n + 1);
-    out[0] = p0;
-    for (int i = 1; i < n; ++i) out[i] = GetCurvePoint(static_cast<double>(i) / n);
-    out[n] = p3;
 }
 
 }  // namespace tarvex
