@@ -143,7 +143,14 @@ class TARVEX_API CPolyPolyDWord : public COwningList<CDWordArray> {};
 class TARVEX_API CPolyPolyPoint : public COwningList<CArray<tagPOINT, tagPOINT>> {};
 
 /// Polylines.
-class TARVEX_API CPolyPolyDPoint : public COwningList<CArray<DPOINT, DPOINT>> {};
+class TARVEX_API CPolyPolyDPoint : public COwningList<CArray<DPOINT, DPOINT>> {
+  public:
+    /// Replaces every point by its image under the transform, which takes it as (x, y, 0) and gives the
+    /// image's x and y.
+    void ApplyTransformation(CView3D& view);
+    /// Replaces the y of every point by what the envelope makes of it.
+    void ApplyEnvelop(CEnvelop& envelope);
+};
 
 /// A shape: Bezier contours. Null contours are skipped by every operation below.
 class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
@@ -153,6 +160,13 @@ class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
     /// fewer than two nodes do not count, not even with their anchor; a shape without any segment leaves
     /// `frame` as it is. Linear in the number of flattened points.
     void CalcFrame(DRECT& frame, double resolution) const;
+
+    /// Replaces every anchor and control point by its image under the transform, which takes it as
+    /// (x, y, 0) and gives the image's x and y. The view is left with the last one's.
+    void ApplyTransformation(CView3D& view);
+    /// Replaces the y of every anchor and control point by what the envelope makes of it. Only nodes are
+    /// bent: a long segment keeps its number of nodes and follows the envelope no better than they do.
+    void ApplyEnvelop(CEnvelop& envelope);
 
     /// Closes every contour of two or more nodes whose last anchor differs from its first: a node
     /// without handles is appended at the first anchor, and the handles of the two nodes that faced
@@ -168,6 +182,11 @@ class TARVEX_API COutlines : public COwningList<CPolyPolyBezier> {
     /// (0, 0, 0, 0) and so pulls the union to the origin; a group without shapes gives the unit box
     /// (0 to 1 in x and in y). Callers rely on both.
     void CalcFrame(DRECT& frame, double resolution) const;
+
+    /// Transforms every shape.
+    void ApplyTransformation(CView3D& view);
+    /// Bends every shape.
+    void ApplyEnvelop(CEnvelop& envelope);
 };
 
 /// Triples of integers beside a list of points, which the triples index as the application sees fit.

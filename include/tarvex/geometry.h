@@ -2,3 +2,4 @@
 #pragma once
 
 #include "tarvex/lines.h"
+#include "tarvex/view.h"

@@ -1,9 +1,12 @@
 // The whole-shape operations of the contour lists. The list operations themselves are in the header.
 #include "tarvex/containers.h"
 
+#include <type_traits>
 #include <vector>
 
 #include "bezier/flatten.h"
+#include "tarvex/envelope.h"
+#include "tarvex/view.h"
 
 namespace tarvex {
 
@@ -30,7 +33,43 @@ class Frame {
     bool m_isEmpty = true;
 };
 
+void Apply(CView3D& view, DPOINT& p) {
+    view.Transfer(p.x, p.y, 0);
+    p = {view.x(), view.y()};
+}
+
+void Apply(CEnvelop& envelope, DPOINT& p) { p.y = envelope.envelop(p.x, p.y); }
+
+template <class Map>
+void Apply(Map& map, BPOINT& node) {
+    Apply(map, node.pt);
+    Apply(map, node.cp1);
+    Apply(map, node.cp2);
+}
+
+/// Applies a map to everything in a list of contours, or of shapes.
+template <class Map, class Element>
+void ApplyToAll(Map& map, COwningList<Element>& list) {
+    for (int i = 0; i < list.GetCount(); ++i) {
+        Element* element = list.GetAt(i);
+        if (element == nullptr) continue;
+        if constexpr (std::is_same_v<Element, CPolyPolyBezier>) {
+            ApplyToAll(map, *element);
+        } else {
+            for (auto& point : *element) Apply(map, point);
+        }
+    }
+}
+
 }  // namespace
+
+void CPolyPolyDPoint::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
+void CPolyPolyBezier::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
+void COutlines::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
+
+void CPolyPolyDPoint::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
+void CPolyPolyBezier::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
+void COutlines::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
 
 void CPolyPolyBezier::CalcFrame(DRECT& frame, double resolution) const {
     Frame grown;

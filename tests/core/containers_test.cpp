@@ -320,7 +320,7 @@ TEST(PolyPolyBezier, FrameIsTheBoxOfTheFlattenedContours) {
             }
             shape.Add(std::move(contour));
         }
-        const double resolution = 0.05 * (1 + std::abs(grain % 100));
+        const double resolution = 2 * (1 + std::abs(grain % 20));
         DRECT frame{11, 22, 33, 44}, defined = frame;
         shape.CalcFrame(frame, resolution);
         CalcFrameByDefinition(shape, defined, resolution);

@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 #include <sstream>
+#include <string>
+#include <unordered_map>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -23,8 +25,9 @@ void ExpectLaw(Law&& law, int cases = 100) {
     params.maxSuccess = cases;
     if (std::getenv("RC_PARAMS") != nullptr) params = rc::detail::configuration().testParams;
     rc::detail::TestListenerAdapter silent;
-    const auto result =
-        rc::detail::checkTestable(std::forward<Law>(law), rc::detail::TestMetadata(), params, silent);
+    const std::unordered_map<std::string, rc::detail::Reproduce> nothingToReproduce;
+    const auto result = rc::detail::checkTestable(std::forward<Law>(law), rc::detail::TestMetadata(), params,
+                                                  silent, nothingToReproduce);
     if (result.template is<rc::detail::SuccessResult>()) return;
     std::ostringstream message;
     rc::detail::printResultMessage(result, message);

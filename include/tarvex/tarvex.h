@@ -1,0 +1,11 @@
+// All of the library.
+#pragma once
+
+#include "tarvex/bezier.h"
+#include "tarvex/containers.h"
+#include "tarvex/framework.h"
+#include "tarvex/geometry.h"
+#include "tarvex/matrices.h"
+#include "tarvex/platform.h"
+#include "tarvex/records.h"
+#include "tarvex/transform.h"

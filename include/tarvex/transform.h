@@ -1,0 +1,4 @@
+// Shape transforms and display.
+#pragma once
+
+#include "tarvex/envelope.h"

@@ -1,0 +1,335 @@
+// Envelope distortion: its presets, its inverse, what happens beside the frame, and when arcs are built.
+#include "support/precompiled.h"
+
+#include "support/property.h"
+#include "support/records.h"
+#include "tarvex/containers.h"
+#include "tarvex/envelope.h"
+#include "tarvex/lines.h"
+#include "tarvex/view.h"
+
+namespace tarvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr ENVELOP kSquare{0, 0, 100, 100, 0, 0, 0, 0, 0, 0};
+
+std::array<double, 6> Offsets(const ENVELOP& e) {
+    return {e.topLeft, e.topMiddle, e.topRight, e.bottomLeft, e.bottomMiddle, e.bottomRight};
+}
+
+/// An envelope of moderate offsets on a frame of some size, for laws.
+ENVELOP Generated(const std::array<std::int16_t, 10>& n) {
+    const auto unit = [&](std::size_t i) { return n[i] / 32768.0; };
+    const double left = unit(0) * 500, top = unit(1) * 500;
+    const double width = 20 + 480 * std::fabs(unit(2)), height = 20 + 480 * std::fabs(unit(3));
+    const auto offset = [&](std::size_t i) { return unit(i) * height * 0.4; };
+    return {left,      top,       left + width, top + height, offset(4),
+            offset(5), offset(6), offset(7),    offset(8),    offset(9)};
+}
+
+TEST(Envelope, StartsWithoutOffsetsOrArcs) {
+    CEnvelop envelope;
+    ENVELOP fields{1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+    envelope.GetEnvelop(fields);
+    EXPECT_THAT(Offsets(fields), testing::Each(0));
+    EXPECT_EQ(fields.left + fields.top + fields.right + fields.bottom, 0);
+    EXPECT_TRUE(envelope.arcTop().IsEmpty());
+    EXPECT_TRUE(envelope.arcBot().IsEmpty());
+}
+
+TEST(Envelope, WithoutOffsetsChangesNothing) {
+    CEnvelop envelope;
+    envelope.SetEnvelop(kSquare);
+    for (double x : {-50.0, 0.0, 33.0, 100.0, 150.0}) {
+        for (double y : {-10.0, 0.0, 12.5, 100.0, 130.0}) {
+            EXPECT_EQ(envelope.envelop(x, y), y) << x;
+            EXPECT_EQ(envelope.envelop_return(x, y), y) << x;
+        }
+    }
+    EXPECT_THAT(envelope.arcTop(), ElementsAre(DPOINT{0, 0}, DPOINT{100, 0}));
+    EXPECT_THAT(envelope.arcBot(), ElementsAre(DPOINT{0, 100}, DPOINT{100, 100}));
+}
+
+TEST(Envelope, PresetsSetTheirOffsetsAndKeepTheOthers) {
+    struct Case {
+        int type;
+        std::array<double, 6> offsets;  // top left, middle, right, bottom left, middle, right
+    };
+    const double d = 10;
+    for (const auto& [type, offsets] : {Case{1, {1, d, 3, 4, 5, 6}},
+                                        {2, {1, 2, 3, 4, -d, 6}},
+                                        {3, {1, d, 3, 4, -d, 6}},
+                                        {4, {1, -d, 3, 4, 5, 6}},
+                                        {5, {1, 2, 3, 4, d, 6}},
+                                        {6, {1, -d, 3, 4, d, 6}},
+                                        {7, {1, d, 3, 4, d, 6}},
+                                        {8, {1, -d, 3, 4, -d, 6}},
+                                        {9, {d, d / 2, 3, -d, -d / 2, 6}},
+                                        {10, {1, d / 2, d, 4, -d / 2, -d}},
+                                        {0, {1, 2, 3, 4, 5, 6}},
+                                        {11, {1, 2, 3, 4, 5, 6}},
+                                        {-1, {1, 2, 3, 4, 5, 6}}}) {
+        CEnvelop envelope;
+        envelope.SetEnvelop({0, 0, 100, 100, 1, 2, 3, 4, 5, 6});
+        envelope.SetType(type, d);
+        EXPECT_EQ(Offsets(envelope.env()), offsets) << "type " << type;
+        EXPECT_FALSE(envelope.arcTop().IsEmpty()) << "arcs that were due are built";
+    }
+}
+
+TEST(Envelope, WaistNarrowsTheMiddleOnly) {
+    CEnvelop envelope;
+    envelope.SetEnvelop(kSquare);
+    envelope.SetType(3, 10);
+    // A circle through three points 50 apart with a rise of 10 has the radius 130: a chord of its
+    // polyline of 360 steps is nowhere more than 0.005 from it.
+    constexpr double chord = 0.005;
+    EXPECT_NEAR(envelope.envelop(50, 0), 10, chord);
+    EXPECT_NEAR(envelope.envelop(50, 100), 90, chord);
+    EXPECT_NEAR(envelope.envelop(50, 50), 50, 1e-12);
+    for (double x : {0.0, 100.0, -30.0, 130.0}) {
+        EXPECT_NEAR(envelope.envelop(x, 0), 0, 1e-12) << x;
+        EXPECT_NEAR(envelope.envelop(x, 100), 100, 1e-12) << x;
+    }
+}
+
+TEST(Envelope, ArcsEndExactlyAtTheFrame) {
+    test::ExpectLaw([](const std::array<std::int16_t, 10>& n) {
+        const ENVELOP e = Generated(n);
+        CEnvelop envelope;
+        envelope.SetEnvelop(e);
+        envelope.CalcEnvelop();
+        const auto& top = envelope.arcTop();
+        const auto& bottom = envelope.arcBot();
+        RC_ASSERT(top.GetCount() >= 2 && bottom.GetCount() >= 2);
+        RC_ASSERT(top[0].x == e.left && top[0].y == e.top + e.topLeft);
+        RC_ASSERT(top[top.GetUpperBound()].x == e.right && top[top.GetUpperBound()].y == e.top + e.topRight);
+        RC_ASSERT(bottom[0].x == e.left && bottom[0].y == e.bottom + e.bottomLeft);
+        RC_ASSERT(bottom[bottom.GetUpperBound()].y == e.bottom + e.bottomRight);
+    });
+}
+
+TEST(Envelope, ReturnUndoesItInsideTheFrame) {
+    test::ExpectLaw(
+        [](const std::array<std::int16_t, 10>& n, std::uint16_t across, std::int16_t down) {
+            const ENVELOP e = Generated(n);
+            CEnvelop envelope;
+            envelope.SetEnvelop(e);
+            const double x = e.left + (e.right - e.left) * (across / 65535.0);
+            const double y = e.top + (e.bottom - e.top) * (down / 16384.0);
+            const double t = envelope.envelop(x, e.top), b = envelope.envelop(x, e.bottom);
+            RC_PRE(std::fabs(b - t) > 1);  // where the arcs meet there is no way back
+            RC_ASSERT(std::fabs(envelope.envelop_return(x, envelope.envelop(x, y)) - y) < 1e-8);
+            RC_ASSERT(std::fabs(envelope.envelop(x, envelope.envelop_return(x, y)) - y) < 1e-8);
+        },
+        300);
+}
+
+TEST(Envelope, MapsTheFrameLinearlyBetweenTheArcs) {
+    test::ExpectLaw([](const std::array<std::int16_t, 10>& n, std::uint16_t across, std::int8_t part) {
+        const ENVELOP e = Generated(n);
+        CEnvelop envelope;
+        envelope.SetEnvelop(e);
+        const double x = e.left + (e.right - e.left) * (across / 65535.0);
+        const double t = envelope.envelop(x, e.top), b = envelope.envelop(x, e.bottom);
+        const double share = part / 50.0;
+        const double y = envelope.envelop(x, e.top + (e.bottom - e.top) * share);
+        RC_ASSERT(std::fabs(y - (t + (b - t) * share)) < 1e-9);
+    });
+}
+
+/// The y of an arc by its definition, every segment intersected.
+double ArcPointByDefinition(const CEnvelop& e, const CArray<DPOINT, DPOINT>& arc, double x, double y) {
+    if (x < e.left) return arc[0].y;
+    if (x > e.right) return arc[arc.GetUpperBound()].y;
+    for (int i = 0; i + 1 < arc.GetCount(); ++i) {
+        double hitX, hitY;
+        if (GetLinesIntersection(arc[i].x, arc[i].y, arc[i + 1].x, arc[i + 1].y, x, e.top, x, e.top + 100,
+                                 &hitX, &hitY) &&
+            IsPointInLineRange(arc[i].x, arc[i].y, arc[i + 1].x, arc[i + 1].y, hitX, hitY))
+            return hitY;
+    }
+    return y;
+}
+
+TEST(Envelope, PassingOverSegmentsElsewhereNeverChangesTheAnswer) {
+    test::ExpectLaw(
+        [](const std::array<std::int16_t, 10>& n, std::uint8_t far, std::int8_t bulge) {
+            ENVELOP e = Generated(n);
+            e.topMiddle *= bulge / 8.0;  // also arcs of more than half a circle, which double back
+            const double away = std::exp2(far % 40);
+            e.left += away;
+            e.right += away;
+            CEnvelop envelope;
+            envelope.SetEnvelop(e);
+            envelope.CalcEnvelop();
+            const auto& arc = envelope.arcTop();
+            const auto check = [&](double x) {
+                RC_ASSERT(envelope.CalcArcPoint(arc, x, 7) == ArcPointByDefinition(envelope, arc, x, 7));
+            };
+            for (int k = -2; k <= 66; ++k) check(e.left + (e.right - e.left) * k / 64);
+            for (const DPOINT& vertex : arc) {
+                for (double beside : {0.0, 1e-8, -1e-8, 1.01e-8, -1.01e-8, 3e-8, -3e-8})
+                    check(vertex.x + beside);
+                check(std::nextafter(vertex.x, kInf));
+                check(std::nextafter(vertex.x, -kInf));
+            }
+        },
+        60);
+}
+
+TEST(Envelope, BesideTheFrameArcsGoOnLevelButTheWayBackIsStraight) {
+    CEnvelop envelope;
+    envelope.SetEnvelop({0, 0, 100, 100, 20, 0, 40, 0, 0, 0});
+    EXPECT_EQ(envelope.envelop(-50, 0), 20);
+    EXPECT_EQ(envelope.envelop(150, 0), 40);
+    EXPECT_EQ(envelope.envelop(150, 100), 100);
+    for (double x : {-50.0, std::nextafter(0.0, -1.0), std::nextafter(100.0, 101.0), 150.0}) {
+        EXPECT_EQ(envelope.envelop_return(x, 33), 33) << x;
+    }
+    EXPECT_NEAR(envelope.envelop_return(0, 20), 0, 1e-12) << "the edges are inside";
+    EXPECT_NEAR(envelope.envelop_return(100, 40), 0, 1e-12);
+}
+
+TEST(Envelope, ArcPointOfShortArcs) {
+    CEnvelop envelope;
+    envelope.SetEnvelop(kSquare);
+    CArray<DPOINT, DPOINT> arc;
+    for (double x : {-5.0, 50.0, 500.0}) EXPECT_EQ(envelope.CalcArcPoint(arc, x, 7), 7) << x;
+    arc.Add({3, 4});
+    for (double x : {-5.0, 50.0, 500.0}) EXPECT_EQ(envelope.CalcArcPoint(arc, x, 7), 3) << "its x, not its y";
+    arc.Add({30, 31});
+    EXPECT_EQ(envelope.CalcArcPoint(arc, -5, 7), 4);
+    EXPECT_NEAR(envelope.CalcArcPoint(arc, 10, 7), 11, 1e-12);
+    EXPECT_EQ(envelope.CalcArcPoint(arc, 1, 7), 7) << "in the frame, but no segment is there";
+    EXPECT_EQ(envelope.CalcArcPoint(arc, 500, 7), 31);
+}
+
+TEST(Envelope, ArcsAreBuiltWhenDueAndNotBefore) {
+    CEnvelop envelope;
+    envelope.SetEnvelop(kSquare);
+    EXPECT_TRUE(envelope.arcTop().IsEmpty()) << "setting the fields only makes them due";
+    envelope.envelop_return(500, 0);
+    EXPECT_EQ(envelope.arcTop().GetCount(), 2) << "built, though the answer does not need them";
+
+    envelope.env().topLeft = envelope.env().topMiddle = envelope.env().topRight = 10;
+    EXPECT_EQ(envelope.envelop(50, 0), 0) << "writing a field leaves the arcs";
+    envelope.SetType(11, 5);
+    EXPECT_EQ(envelope.envelop(50, 0), 0) << "an unknown preset too";
+    envelope.CalcEnvelop();
+    EXPECT_EQ(envelope.envelop(50, 0), 10);
+
+    envelope.SetEnvelop(kSquare);
+    EXPECT_EQ(envelope.arcTop()[0].y, 10);
+    EXPECT_EQ(envelope.envelop(50, 0), 0);
+    envelope.SetType(1, 30);
+    EXPECT_GT(envelope.arcTop().GetCount(), 2) << "a preset builds at once";
+}
+
+TEST(Envelope, FramesWithoutHeightGiveHugeOrUndefinedValuesNotErrors) {
+    CEnvelop envelope;
+    envelope.SetEnvelop({0, 50, 100, 50 + 1e-12, 0, 0, 0, 10, 10, 10});
+    EXPECT_NEAR(envelope.envelop(50, 51), 55 + 10 * 1 / 1e-8, 1e3) << "the height counts as the tolerance";
+    envelope.SetEnvelop({0, 50, 100, 50, 0, 0, 0, 10, 10, 10});
+    EXPECT_EQ(envelope.envelop(50, 51), kInf);
+    EXPECT_TRUE(std::isnan(envelope.envelop(50, 50)));
+    envelope.SetEnvelop({0, 0, 100, 100, 50, 50, 50, -50, -50, -50});
+    EXPECT_EQ(envelope.envelop(50, 30), 50) << "arcs that coincide flatten everything";
+    EXPECT_EQ(envelope.envelop_return(50, 60), kInf);
+    envelope.SetEnvelop({70, 0, 70, 100, 10, 20, 30, 0, 0, 0});
+    EXPECT_EQ(envelope.envelop(70, 33), 33) << "arcs above each other cross no vertical line";
+}
+
+TEST(Envelope, TakesAnyNumbers) {
+    const double odd[] = {0, 1, -1, 1e-9, 1e9, 1e155, -1e308, 1e308, kInf, -kInf, kNaN, 5e-324};
+    test::ExpectLaw(
+        [&](const std::array<std::uint8_t, 12>& n) {
+            std::array<double, 12> v;
+            for (std::size_t i = 0; i < 12; ++i) v[i] = odd[n[i] % std::size(odd)];
+            CEnvelop envelope;
+            envelope.SetEnvelop({v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9]});
+            envelope.envelop(v[10], v[11]);
+            envelope.envelop_return(v[10], v[11]);
+            RC_ASSERT(envelope.arcTop().GetCount() >= 2);
+            RC_ASSERT(envelope.arcTop().GetCount() <= 362);
+        },
+        500);
+}
+
+// --- Shapes bent and transformed -----------------------------------------------------------------
+
+CPolyPolyBezier Shape() {
+    CPolyPolyBezier shape;
+    auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+    contour->Add({{1, 2}, {30, 40}, {50, 0}, 7});
+    contour->Add({{50, 100}, {70, 80}, {90, 95}, 8});
+    shape.Add(std::move(contour));
+    shape.Add(static_cast<CArray<BPOINT, BPOINT>*>(nullptr));
+    return shape;
+}
+
+CPolyPolyDPoint Polylines() {
+    CPolyPolyDPoint lines;
+    lines.Add(static_cast<CArray<DPOINT, DPOINT>*>(nullptr));
+    auto line = std::make_unique<CArray<DPOINT, DPOINT>>();
+    line->Add({1, 2});
+    line->Add({50, 100});
+    lines.Add(std::move(line));
+    return lines;
+}
+
+template <class Apply, class Map>
+void ExpectEveryPointMapped(Apply apply, Map map) {
+    const CPolyPolyBezier original = Shape();
+    const auto mapped = [&](const BPOINT& node) {
+        return BPOINT{map(node.cp1), map(node.pt), map(node.cp2), node.flags};
+    };
+    const std::vector<BPOINT> nodes = {mapped(original[0][0]), mapped(original[0][1])};
+
+    CPolyPolyBezier shape = Shape();
+    apply(shape);
+    EXPECT_THAT(shape[0], ElementsAreArray(nodes));
+
+    COutlines group;
+    group.Add(static_cast<CPolyPolyBezier*>(nullptr));
+    group.Add(std::make_unique<CPolyPolyBezier>(Shape()));
+    group.Add(std::make_unique<CPolyPolyBezier>(Shape()));
+    apply(group);
+    EXPECT_THAT(group[1][0], ElementsAreArray(nodes));
+    EXPECT_THAT(group[2][0], ElementsAreArray(nodes));
+
+    CPolyPolyDPoint lines = Polylines();
+    apply(lines);
+    EXPECT_THAT(lines[1], ElementsAre(map({1, 2}), map({50, 100})));
+}
+
+TEST(Shapes, TransformingMapsEveryAnchorAndHandle) {
+    CView3D view;
+    view.Translate(1, 2, 3);
+    view.Rotate(0.1, 0.2, 0.3);
+    const auto map = [&](const DPOINT& p) {
+        view.Transfer(p.x, p.y, 0);
+        return DPOINT{view.x(), view.y()};
+    };
+    ExpectEveryPointMapped([&](auto& list) { list.ApplyTransformation(view); }, map);
+
+    CPolyPolyBezier shape = Shape();
+    shape.ApplyTransformation(view);
+    EXPECT_EQ((DPOINT{view.x(), view.y()}), shape[0][1].cp2) << "the view is left with the last handle";
+}
+
+TEST(Shapes, BendingMapsEveryAnchorAndHandle) {
+    CEnvelop envelope;
+    envelope.SetEnvelop(kSquare);
+    envelope.SetType(9, 20);
+    const auto map = [&](const DPOINT& p) { return DPOINT{p.x, envelope.envelop(p.x, p.y)}; };
+    ExpectEveryPointMapped([&](auto& list) { list.ApplyEnvelop(envelope); }, map);
+}
+
+}  // namespace
+}  // namespace tarvex
