@@ -13,6 +13,9 @@ if(TARVEX_SANITIZE)
   add_compile_options(-fsanitize=${TARVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TARVEX_SANITIZE})
 endif()
+if(TARVEX_BUILD_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  add_compile_options(-fsanitize=fuzzer-no-link)  # the fuzz targets see which code an input reaches
+endif()
 
 find_program(TARVEX_CCACHE ccache)
 if(TARVEX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
