@@ -5,6 +5,8 @@
 
 #include <csignal>
 
+#include <nlohmann/json.hpp>
+
 #include "apps/support/program.h"
 #include "apps/support/sample_pictures.h"
 #include "apps/support/temporary_directory.h"
@@ -95,6 +97,44 @@ TEST(Program, EveryFailureIsOneLineAStatusAndNoFile) {
         }
         EXPECT_EQ(directory.Content(), before);
     }
+}
+
+/// A dark square in a light picture.
+std::string SquarePicture() {
+    std::string file = "P5 40 30 255\n";
+    for (int y = 0; y < 30; ++y) {
+        for (int x = 0; x < 40; ++x) file += x >= 10 && x < 25 && y >= 5 && y < 20 ? '\0' : '\xff';
+    }
+    return file;
+}
+
+TEST(Program, TraceReadsAndWritesFilesAndStreams) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "square.bin", SquarePicture());
+    const ProgramResult streamed = RunTarvex({"trace", "-", "-o", "-"}, SquarePicture());
+    EXPECT_EQ(streamed.status, 0);
+    EXPECT_EQ(streamed.errors, "") << "silent when standard error is no terminal";
+    EXPECT_THAT(streamed.output, testing::HasSubstr("viewBox=\"0 0 40 30\""));
+    EXPECT_THAT(streamed.output, testing::HasSubstr("<path "));
+
+    EXPECT_EQ(RunTarvex({"trace", directory / "square.bin", "-o", directory / "a.svg"}).status, 0);
+    EXPECT_EQ(ReadFile(directory / "a.svg"), streamed.output);
+
+    EXPECT_EQ(RunTarvex({"trace", directory / "square.bin", "-o", directory / "b.JSON"}).status, 0);
+    const nlohmann::json read = nlohmann::json::parse(ReadFile(directory / "b.JSON"));
+    EXPECT_EQ(read.at("width"), 40);
+    ASSERT_EQ(read.at("contours").size(), 1u);
+    EXPECT_EQ(read.at("contours")[0].at("closed"), true);
+    EXPECT_EQ(directory.Content(), "a.svg b.JSON square.bin ");
+}
+
+TEST(Program, APictureWithNothingInItIsNoResultAndNoFile) {
+    const TemporaryDirectory directory;
+    const std::string blank = "P5 40 30 255\n" + std::string(40 * 30, '\xff');
+    const ProgramResult result = RunTarvex({"trace", "-", "-o", directory / "a.svg"}, blank);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    EXPECT_EQ(directory.Content(), "");
 }
 
 TEST(Program, HelpAndVersionAreAnswersAndNotErrors) {
