@@ -1,0 +1,5 @@
+// Rasters: pixel access, line tracing, outlines of shapes.
+#pragma once
+
+#include "tarvex/raster.h"
+#include "tarvex/shapetrace.h"

@@ -1,0 +1,299 @@
+// Outline tracing: its contract at the edges, and the fast tracer against the plain rules.
+#include "support/precompiled.h"
+
+#include "tarvex/shapetrace.h"
+
+#include "raster/plain_shape_trace.h"
+#include "support/ascii_raster.h"
+#include "support/property.h"
+
+namespace tarvex {
+namespace {
+
+using test::BitPicture;
+using test::Drawn;
+using Points = CArray<DPOINT, DPOINT>;
+
+constexpr int kLowest = std::numeric_limits<int>::min();
+constexpr int kHighest = std::numeric_limits<int>::max();
+
+CShapeTrace TracerOf(const BitPicture& picture) { return CShapeTrace(test::Bitmap1(picture).Get()); }
+
+std::vector<std::vector<BPOINT>> Contours(const CPolyPolyBezier& shape) {
+    std::vector<std::vector<BPOINT>> all;
+    for (int i = 0; i < shape.GetCount(); ++i)
+        all.emplace_back(shape[i].GetData(), shape[i].GetData() + shape[i].GetSize());
+    return all;
+}
+
+/// The same bits in every node.
+bool Identical(const std::vector<std::vector<BPOINT>>& a, const std::vector<std::vector<BPOINT>>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& ca, const auto& cb) {
+        return ca.size() == cb.size() && std::memcmp(ca.data(), cb.data(), ca.size() * sizeof(BPOINT)) == 0;
+    });
+}
+
+BitPicture Marks(CShapeTrace& tracer, int width, int height) {
+    BitPicture picture(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) picture.Set(x, y, tracer.GetTracePixel(x, y));
+    }
+    return picture;
+}
+
+std::string Report(const BitPicture& picture, int minPoints) {
+    return "minPoints " + std::to_string(minPoints) + "\n" + picture.Text();
+}
+
+TEST(ShapeTrace, YieldsTheContoursAndMarksOfThePlainRules) {
+    test::ExpectLaw(
+        [] {
+            const BitPicture picture = test::AnyPicture();
+            const int minPoints = *rc::gen::element(-1, 0, 4, 10, 40, 100, 400, 1000, kHighest);
+            CShapeTrace tracer = TracerOf(picture);
+            test::PlainShapeTrace plain(picture);
+            for (const int least : {minPoints, 0}) {
+                CPolyPolyBezier out;
+                RC_ASSERT(tracer.DoTrace(out, least));
+                if (!Identical(Contours(out), plain.DoTrace(least))) RC_FAIL(Report(picture, minPoints));
+                if (Marks(tracer, picture.Width(), picture.Height()) != plain.Trace())
+                    RC_FAIL("marks, " + Report(picture, minPoints));
+            }
+        },
+        400);
+}
+
+// Lines are seen in stretches that depend on the seed, so in one picture some seeds see too little and
+// others enough.
+TEST(ShapeTrace, RemembersTooShortBoundariesWithoutLosingLongerOnes) {
+    test::ExpectLaw(
+        [](unsigned seed) {
+            const BitPicture picture = test::ThinLines(150, 120, 8, seed);
+            const int minPoints = *rc::gen::inRange(65, 1500);
+            CPolyPolyBezier out;
+            TracerOf(picture).DoTrace(out, minPoints);
+            test::PlainShapeTrace plain(picture);
+            if (!Identical(Contours(out), plain.DoTrace(minPoints))) RC_FAIL(Report(picture, minPoints));
+        },
+        300);
+}
+
+TEST(ShapeTrace, OutlinesAreThoseOfThePlainRules) {
+    test::ExpectLaw(
+        [] {
+            const BitPicture picture = test::AnyPicture();
+            const int x = *rc::gen::inRange(-1, picture.Width() + 1);
+            const int y = *rc::gen::inRange(-1, picture.Height() + 1);
+            const int minPoints = *rc::gen::inRange(0, 30);
+            CShapeTrace tracer = TracerOf(picture);
+            test::PlainShapeTrace plain(picture);
+            if (*rc::gen::inRange(0, 2) == 1) {
+                CPolyPolyBezier out;
+                tracer.DoTrace(out, 50);
+                plain.DoTrace(50);
+            }
+            Points points;
+            const int taken = tracer.GetOutline(x, y, points, minPoints);
+            const auto [expectedTaken, expected] = plain.GetOutline(x, y, minPoints);
+            RC_ASSERT((taken == 1) == expectedTaken);
+            RC_ASSERT(std::equal(points.GetData(), points.GetData() + points.GetSize(), expected.begin(),
+                                 expected.end()));
+        },
+        300);
+}
+
+TEST(ShapeTrace, WithoutABitmapThereIsNothingAndNothingFails) {
+    CShapeTrace tracer(nullptr);
+    CPolyPolyBezier out;
+    out.Add(new CArray<BPOINT, BPOINT>);
+    EXPECT_FALSE(tracer.DoTrace(out, 10));
+    EXPECT_EQ(out.GetCount(), 1);
+    tracer.AddEdges(0, 0, out, 10);
+    tracer.SeedFill(0, 0);
+    tracer.SetPixel(0, 0, true);
+    tracer.SetTracePixel(0, 0, true);
+    EXPECT_FALSE(tracer.GetPixel(0, 0) || tracer.GetTracePixel(0, 0));
+    Points points;
+    EXPECT_EQ(tracer.GetOutline(0, 0, points, 0), 0);
+    EXPECT_EQ(tracer.in_cont(0, 0, false), 0);
+    EXPECT_EQ(out.GetCount(), 1);
+}
+
+UniqueBitmap ColourBitmap(int width, int height, void** bits) {
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    return UniqueBitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, bits, nullptr, 0));
+}
+
+TEST(ShapeTrace, TopDownBitmapsYieldNoContours) {
+    void* bits = nullptr;
+    const UniqueBitmap bitmap = ColourBitmap(40, -40, &bits);
+    ASSERT_TRUE(bitmap);
+    std::memset(bits, 0xFF, 40 * 40 * 4);
+    CShapeTrace tracer(bitmap.Get());
+    CPolyPolyBezier out;
+    out.Add(new CArray<BPOINT, BPOINT>);
+    EXPECT_TRUE(tracer.DoTrace(out, 10));
+    EXPECT_EQ(out.GetCount(), 0);
+    EXPECT_FALSE(tracer.GetPixel(3, 3));
+    tracer.SetPixel(3, 3);
+    tracer.SeedFill(3, 3);
+}
+
+TEST(ShapeTrace, ColourBitmapsAreTracedWhereTheyAreLight) {
+    void* bits = nullptr;
+    const UniqueBitmap bitmap = ColourBitmap(40, 30, &bits);
+    ASSERT_TRUE(bitmap);
+    std::memset(bits, 0xFF, 40 * 15 * 4);  // the lower half
+    CShapeTrace tracer(bitmap.Get());
+    CPolyPolyBezier out;
+    ASSERT_TRUE(tracer.DoTrace(out, 10));
+    ASSERT_EQ(out.GetCount(), 1);
+    EXPECT_EQ(out[0][0].pt, (DPOINT{0, 20})) << "the first seed row in the light half";
+}
+
+TEST(ShapeTrace, WhatIsTracedAndWhatIsNot) {
+    struct Case {
+        const char* what;
+        std::function<void(BitPicture&)> draw;
+        int minPoints;
+        int contours;
+    };
+    const Case cases[] = {
+        {"all black", [](BitPicture&) {}, 10, 0},
+        {"one pixel on a seed", [](BitPicture& p) { p.Set(10, 10); }, 0, 0},
+        {"a region between the seeds", [](BitPicture& p) { p.FillRectangle(11, 11, 19, 19); }, 0, 0},
+        {"the same, with a seed", [](BitPicture& p) { p.FillRectangle(11, 10, 20, 19); }, 0, 1},
+        {"ten boundary pixels", [](BitPicture& p) { p.FillRectangle(10, 10, 13, 12); }, 10, 0},
+        {"twelve boundary pixels", [](BitPicture& p) { p.FillRectangle(10, 10, 14, 12); }, 10, 1},
+        {"everything set", [](BitPicture& p) { p.FillRectangle(0, 0, 59, 59); }, 10, 1},
+        {"a ring with seeds at both boundaries",
+         [](BitPicture& p) {
+             p.FillRectangle(3, 3, 57, 57);
+             p.FillRectangle(15, 15, 45, 45, false);
+         },
+         10, 2},
+        {"a ring one pixel wide, its inner boundary on traced pixels",
+         [](BitPicture& p) {
+             p.FillRectangle(10, 10, 50, 50);
+             p.FillRectangle(11, 11, 49, 49, false);
+         },
+         10, 1},
+    };
+    for (const Case& c : cases) {
+        BitPicture picture(60, 60);
+        c.draw(picture);
+        CPolyPolyBezier out;
+        EXPECT_TRUE(TracerOf(picture).DoTrace(out, c.minPoints)) << c.what;
+        EXPECT_EQ(out.GetCount(), c.contours) << c.what;
+        for (const auto& contour : Contours(out)) EXPECT_EQ(contour.front().pt, contour.back().pt) << c.what;
+    }
+}
+
+TEST(ShapeTrace, ARectangleIsWalkedCounterclockwiseFromItsCorner) {
+    BitPicture picture(60, 40);
+    picture.FillRectangle(0, 0, 49, 29);
+    CShapeTrace tracer = TracerOf(picture);
+    Points points;
+    ASSERT_EQ(tracer.GetOutline(30, 0, points, 10), 1);
+    EXPECT_EQ(points.GetSize(), 2 * 49 + 2 * 29 + 1);
+    EXPECT_EQ(points[0], (DPOINT{0, 0}));
+    EXPECT_EQ(points[1], (DPOINT{0, 1}));
+    EXPECT_EQ(points[30], (DPOINT{1, 29}));
+    EXPECT_EQ(points[points.GetUpperBound()], points[0]);
+    CPolyPolyBezier out;
+    ASSERT_TRUE(tracer.DoTrace(out, 10));
+    ASSERT_EQ(out.GetCount(), 1);
+    EXPECT_EQ(out[0][0].pt, (DPOINT{0, 0}));
+    ASSERT_TRUE(tracer.DoTrace(out, 10)) << "marks stay";
+    EXPECT_EQ(out.GetCount(), 0);
+}
+
+TEST(ShapeTrace, TheNextDirectionIsSoughtFromBehindTheLastStep) {
+    CShapeTrace tracer = TracerOf(Drawn({"###", "###", "###"}));
+    int nx = 0, ny = 0;
+    const int first[8] = {1, 3, 3, 5, 5, 7, 7, 1};
+    for (int lastDir = 0; lastDir < 8; ++lastDir)
+        EXPECT_EQ(tracer.Neighbor(1, 1, lastDir, &nx, &ny, true), first[lastDir]) << lastDir;
+    // From the corner, coming by direction 1: 3 lies outside, 2 is next.
+    EXPECT_EQ(tracer.Neighbor(0, 0, 1, &nx, &ny, true), 2);
+    EXPECT_EQ((std::pair{nx, ny}), (std::pair{0, 1}));
+    // None is clear: 0, and the last one tried, which lies one above the first.
+    EXPECT_EQ(tracer.Neighbor(1, 1, 1, &nx, &ny, false), 0);
+    EXPECT_EQ((std::pair{nx, ny}), (std::pair{0, 1}));
+    for (const int extreme : {kLowest, kHighest}) {
+        tracer.Neighbor(extreme, extreme, extreme, &nx, &ny, true);
+        EXPECT_EQ(tracer.Probe(extreme, 1, extreme > 0 ? 0 : 4, &nx, &ny, true), 0);
+    }
+}
+
+TEST(ShapeTrace, PixelOperationsClampTheirCoordinates) {
+    CShapeTrace tracer = TracerOf(Drawn({"#..", "..."}));
+    EXPECT_TRUE(tracer.GetPixel(-5, -1));
+    EXPECT_TRUE(tracer.GetPixel(kLowest, kLowest));
+    EXPECT_FALSE(tracer.GetPixel(kHighest, kHighest));
+    tracer.SetPixel(kHighest, kHighest);
+    EXPECT_TRUE(tracer.GetPixel(2, 1));
+    tracer.SetPixel(-1, -1, false);
+    EXPECT_FALSE(tracer.GetPixel(0, 0));
+    EXPECT_FALSE(tracer.GetTracePixel(0, 0));
+    tracer.SetTracePixel(-1, 7);
+    EXPECT_TRUE(tracer.GetTracePixel(0, 1));
+    EXPECT_EQ(tracer.in_cont(2, 1, true), 1);
+    EXPECT_EQ(tracer.in_cont(3, 1, true), 0) << "in_cont does not clamp";
+    EXPECT_EQ(tracer.in_cont(-1, 0, false), 0);
+}
+
+TEST(ShapeTrace, OutlinesAreRefusedOutsideTheRasterThoughPixelsClamp) {
+    CShapeTrace tracer = TracerOf(Drawn({"####", "####"}));
+    for (const auto& [x, y] :
+         {std::pair{-1, 0}, {4, 0}, {0, -1}, {0, 2}, {kLowest, kHighest}, {kHighest, kLowest}}) {
+        Points points;
+        EXPECT_EQ(tracer.GetOutline(x, y, points, 0), 0);
+        EXPECT_EQ(points.GetSize(), 0);
+    }
+}
+
+TEST(ShapeTrace, AnArrayThatHoldsPointsCountsAsWalked) {
+    CShapeTrace tracer = TracerOf(Drawn({"####", "####"}));
+    Points points;
+    points.Add({7, 8});
+    EXPECT_EQ(tracer.GetOutline(0, 0, points, 1), 0);
+    EXPECT_EQ(points.GetSize(), 1);
+    EXPECT_EQ(tracer.GetOutline(0, 0, points, 0), 1);
+    ASSERT_EQ(points.GetSize(), 2);
+    EXPECT_EQ(points[1], (DPOINT{7, 8}));
+}
+
+TEST(ShapeTrace, TheTracerWorksOnACopyThatItsOwnCopiesShare) {
+    const UniqueBitmap bitmap = test::Bitmap1(Drawn({"####", "####"}));
+    auto original = std::make_unique<CShapeTrace>(bitmap.Get());
+    CShapeTrace copy(*original), assigned(nullptr);
+    original->PUSH(0, 1, 2, 1);
+    assigned = *original;
+    original->SetPixel(1, 1, false);
+    original.reset();
+    EXPECT_FALSE(copy.GetPixel(1, 1));
+    EXPECT_TRUE(copy.GetPixel(2, 1));
+    EXPECT_TRUE(CShapeTrace(bitmap.Get()).GetPixel(1, 1)) << "the caller's bitmap is not touched";
+    int y = -1, xl = -1, xr = -1, dy = -1;
+    copy.POP(y, xl, xr, dy);
+    EXPECT_EQ(y, -1) << "copied before the record was pushed";
+    assigned.POP(y, xl, xr, dy);
+    EXPECT_EQ((std::array{y, xl, xr, dy}), (std::array{1, 1, 2, 1}));
+}
+
+TEST(ShapeTrace, TheFillStackDropsRowsOutsideTheRaster) {
+    CShapeTrace tracer = TracerOf(Drawn({"##", "##"}));
+    for (const auto& [y, dy] : {std::pair{1, 1}, {0, -1}, {kHighest, kHighest}, {kLowest, kLowest}})
+        tracer.PUSH(y, 0, 1, dy);
+    int y = 5, xl = 5, xr = 5, dy = 5;
+    tracer.POP(y, xl, xr, dy);
+    EXPECT_EQ(y, 5) << "nothing was pushed, nothing is popped";
+    tracer.PUSH(2, 0, 1, -1);
+    tracer.POP(y, xl, xr, dy);
+    EXPECT_EQ((std::array{y, xl, xr, dy}), (std::array{1, 0, 1, -1}));
+}
+
+}  // namespace
+}  // namespace tarvex
