@@ -98,7 +98,7 @@ void ReadInfoHeader(const LittleEndian& in, std::uint32_t headerSize, Header& h)
     // The masks follow the 40-byte header, and are its next fields in the longer ones: same place.
     const bool hasAlpha = h.compression == AlphaBitFields || headerSize >= 56;
     for (unsigned i = 0; i < (hasAlpha ? 4u : 3u); ++i)
-        h.masks[i] = in.Long(FILE_HEADER + INFO_HEADER + 4 * i);
+        h.masks[i] = in.Long(FILE_HEADER + INFO_HEADER + std::size_t{4} * i);
     if (headerSize == INFO_HEADER) h.paletteAt += hasAlpha ? 16 : 12;
 }
 

@@ -29,7 +29,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 std::vector<std::uint8_t> ReadStream(std::FILE* stream, std::uint64_t expected, const std::string& path,
                                      const InputLimits& limits) {
-    constexpr std::size_t firstStep = 64 * 1024;
+    constexpr std::size_t firstStep = std::size_t{64} * 1024;
     std::vector<std::uint8_t> bytes;
     bool sniffed = !limits.isWorthReading;
     std::size_t step = firstStep;

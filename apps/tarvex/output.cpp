@@ -121,7 +121,7 @@ void WriteStandardOutput(std::string_view content) {
 fs::path Target(const std::string& path) {
     std::error_code error;
     if (fs::is_symlink(path, error)) {
-        const fs::path resolved = fs::canonical(path, error);
+        fs::path resolved = fs::canonical(path, error);
         if (!error) return resolved;
     }
     return path;
