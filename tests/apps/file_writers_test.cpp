@@ -68,7 +68,8 @@ TEST(EncodeIndexedPng, EveryNumberOfColoursReadsBack) {
                 {v, static_cast<std::uint8_t>(255 - v), 7, static_cast<std::uint8_t>(i == 1 ? 0 : 255)});
         }
         std::vector<std::uint8_t> indices;
-        for (std::size_t i = 0; i < 19 * 15; ++i) indices.push_back(static_cast<std::uint8_t>(i % count));
+        for (std::size_t i = 0; i < std::size_t{19} * 15; ++i)
+            indices.push_back(static_cast<std::uint8_t>(i % count));
         const Picture read = DecodePicture(BytesOf(EncodeIndexedPng(19, 15, indices, palette)), {});
         EXPECT_TRUE(Shows(read, 19, 15, [&](int x, int y) {
             return palette[indices[static_cast<std::size_t>(y * 19 + x)]];

@@ -141,7 +141,7 @@ TEST(NetpbmReader, DamageIsAnError) {
 
 TEST(NetpbmReader, ALargeBitmapTakesOneBitAPixel) {
     FileBytes file = BytesOf("P4 4000 4000\n");
-    file.resize(file.size() + 500 * 4000, 0xaa);
+    file.resize(file.size() + std::size_t{500} * 4000, 0xaa);
     const Picture picture = DecodePicture(file, {});
     EXPECT_EQ(picture.pixels.size(), 500u * 4000u);
     EXPECT_EQ(picture.At(3998, 3999), Grey(0));
