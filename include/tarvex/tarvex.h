@@ -8,4 +8,5 @@
 #include "tarvex/matrices.h"
 #include "tarvex/platform.h"
 #include "tarvex/records.h"
+#include "tarvex/tracing.h"
 #include "tarvex/transform.h"

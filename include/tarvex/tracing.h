@@ -1,5 +1,6 @@
-// Rasters: pixel access, line tracing, outlines of shapes.
+// Rasters: pixel access, line tracing, outlines of shapes and of grey pictures.
 #pragma once
 
+#include "tarvex/contours.h"
 #include "tarvex/raster.h"
 #include "tarvex/shapetrace.h"
