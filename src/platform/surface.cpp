@@ -49,13 +49,13 @@ void PackRow(std::byte* to, int toX, const std::byte* from, int fromX, int width
     for (; width - i >= 32; i += 32) {
         const std::byte* source = from + std::ptrdiff_t{fromX + i} * 4;
         std::uint8_t flags[32];
-        for (int k = 0; k < 32; ++k) {
+        for (std::ptrdiff_t k = 0; k < 32; ++k) {
             PixelWord word;
             std::memcpy(&word, source + k * 4, 4);
             flags[k] = isOne(word) ? 1 : 0;
         }
         std::byte* target = to + ((toX + i) >> 3);
-        for (int k = 0; k < 4; ++k) target[k] = PackEight(flags + 8 * k);
+        for (std::ptrdiff_t k = 0; k < 4; ++k) target[k] = PackEight(flags + 8 * k);
     }
     for (; i < width; ++i) StoreBit(to, toX + i, isOne(LoadPixel(from, fromX + i)));
 }

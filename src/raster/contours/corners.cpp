@@ -95,7 +95,7 @@ Crossing MeetingPoint(const Line& a, const Line& b, Crossing point) {
 
 void CyclicChain::Assign(std::span<const Crossing> points) {
     m_size = static_cast<int>(points.size());
-    m_points.resize(points.size() + 2 * margin);
+    m_points.resize(points.size() + std::size_t{2} * margin);
     std::copy(points.begin(), points.end(), m_points.begin() + margin);
     for (int k = 0; k < margin; ++k) {
         m_points[static_cast<std::size_t>(margin + m_size + k)] =

@@ -40,11 +40,11 @@ class RunFitter {
         Tangent tangent;
     };
 
-    bool FitPiece(int first, int last, const End& start, const End& finish, Cubic& piece);
+    bool FitPiece(int first, int last, const End& start, const End& finish, Cubic& c);
     void TakeSamples(int first, int last);
-    bool Solve(double length, const End& start, const End& finish, Cubic& piece) const;
-    double MeasureAndCorrect(const Cubic& piece);
-    bool FollowsAll(int first, int last, const Cubic& piece) const;
+    bool Solve(double length, const End& start, const End& finish, Cubic& c) const;
+    double MeasureAndCorrect(const Cubic& c);
+    bool FollowsAll(int first, int last, const Cubic& c) const;
     End JointAt(int i) const;
     int LongestPiece(int first, int guess, const End& start, const End& finish, Cubic& piece);
 

@@ -9,7 +9,9 @@ namespace tarvex::contours {
 namespace {
 
 /// The mask's words that hold `width` pixels and a margin on either side.
-int WordsFor(int width) { return static_cast<int>((std::int64_t{width} + 2 * ShapeMask::margin + 63) / 64); }
+int WordsFor(int width) {
+    return static_cast<int>((std::int64_t{width} + std::int64_t{2} * ShapeMask::margin + 63) / 64);
+}
 
 bool HasMoreThanTwoLevels(const GreyView& picture) {
     const std::uint8_t first = picture.Row(0)[0];
@@ -29,7 +31,8 @@ bool HasMoreThanTwoLevels(const GreyView& picture) {
 
 ShapeMask::ShapeMask(const GreyView& picture, int threshold, ShapeSide side)
     : m_width(picture.width), m_height(picture.height), m_words(WordsFor(picture.width)) {
-    m_bits.resize((static_cast<std::size_t>(m_height) + 2 * margin) * static_cast<std::size_t>(m_words));
+    m_bits.resize((static_cast<std::size_t>(m_height) + std::size_t{2} * margin) *
+                  static_cast<std::size_t>(m_words));
     const bool darkIsShape = side == ShapeSide::dark;
     std::vector<std::uint8_t> padded(static_cast<std::size_t>(m_words) * 64);
     for (int y = 0; y < m_height; ++y) {
