@@ -31,17 +31,20 @@ Ground FindGround(const Picture& picture) {
     const std::size_t channels = ChannelCount(picture.format);
     std::uint64_t lumas = 0;
     std::uint64_t alphas = 0;
+    std::uint64_t darkAlphas = 0;
     bool transparent = false;
     for (int y = 0; y < picture.height; ++y) {
         const std::uint8_t* pixel = picture.Row(y);
         for (int x = 0; x < picture.width; ++x, pixel += channels) {
             const std::uint32_t alpha = Alpha(pixel, picture.format);
             transparent = transparent || alpha < 128;
+            const std::uint32_t luma = Luma(pixel, picture.format);
             alphas += alpha;
-            lumas += std::uint64_t{alpha} * Luma(pixel, picture.format);
+            lumas += std::uint64_t{alpha} * luma;
+            if (luma < 128) darkAlphas += alpha;
         }
     }
-    return transparent && lumas > 200 * alphas ? Ground::black : Ground::white;
+    return transparent && lumas > 200 * alphas && 100 * darkAlphas < alphas ? Ground::black : Ground::white;
 }
 
 GreyPicture::GreyPicture(Picture&& picture, Ground ground)

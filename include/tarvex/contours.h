@@ -75,7 +75,7 @@ struct OutlineOptions {
 /// corner only, the side that is rarer in the 4 x 4 pixels around hangs together; in a tie the shape
 /// does when the mean of the four pixels there is on its side or halfway.
 /// Returns false, with `out` empty, for a picture without pixels, a detail outside 1 to 16, an enlarged
-/// size beyond 2^31 - 3 pixels in a row or column, and when `progress` asked to stop.
+/// size beyond 2^31 - 5 pixels in a row or column, and when `progress` asked to stop.
 ///
 /// Time and memory grow with the number of pixels and of points on outlines, in proportion.
 TARVEX_API bool TraceOutlines(const GreyView& picture, const OutlineOptions& options, CPolyPolyBezier& out);

@@ -9,9 +9,7 @@ namespace tarvex::contours {
 namespace {
 
 constexpr double armLimit = 16.0;   // longest arm looked at, in pixels
-constexpr double cornerSize = 1.6;  // a corner sticks out by this many loosenesses
 constexpr double leastTurn = 0.17;  // sine of the least turn worth a look, about 10 degrees
-constexpr double tipReach = 1.0;    // the tip is believed up to this far from the chain
 
 double Cross(Crossing a, Crossing b) { return a.x * b.y - a.y * b.x; }
 double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
@@ -26,9 +24,10 @@ struct Arm {
 /// The longest straight piece that begins at chain[start] and goes on in `step` direction (1 or -1),
 /// and the line that fits it best. Directions that pass within `looseness` of every point so far form
 /// a cone with its tip in the first point; the piece ends where the cone closes.
-Arm StraightArm(const CyclicChain& chain, int start, int step, double looseness) {
+Arm StraightArm(const CyclicChain& chain, int start, int step, double looseness, int unit) {
     const Crossing origin = chain[start];
-    const int limit = std::min(CyclicChain::margin - 8, chain.Size() / 2);
+    const double longest = armLimit * unit;
+    const int limit = std::min(CyclicChain::margin - 2, chain.Size() / 2);
     Crossing low{};
     Crossing high{};
     bool open = true;
@@ -38,7 +37,7 @@ Arm StraightArm(const CyclicChain& chain, int start, int step, double looseness)
     for (int k = 1; k <= limit; ++k) {
         const Crossing v = Minus(chain[start + k * step], origin);
         const double square = Dot(v, v);
-        if (square > armLimit * armLimit) break;
+        if (square > longest * longest) break;
         if (square > looseness * looseness) {
             // The two tangents from the origin to the circle of the looseness about the point.
             const double sine = looseness;
@@ -81,16 +80,16 @@ Line LineSums::Best(Crossing along) const {
     return {{m_origin.x + mx, m_origin.y + my}, {sign * direction.x, sign * direction.y}};
 }
 
-Crossing MeetingPoint(const Line& a, const Line& b, Crossing point) {
+Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach) {
     const double across = Cross(a.direction, b.direction);
     if (std::fabs(across) < 0.05) return point;
     const double t = Cross(Minus(b.centre, a.centre), b.direction) / across;
     const Crossing meeting{a.centre.x + t * a.direction.x, a.centre.y + t * a.direction.y};
     const Crossing away = Minus(meeting, point);
     const double distance = std::sqrt(Dot(away, away));
-    if (distance <= tipReach) return meeting;
-    if (distance > 2 * tipReach) return point;
-    return {point.x + away.x * tipReach / distance, point.y + away.y * tipReach / distance};
+    if (distance <= reach) return meeting;
+    if (distance > 2 * reach) return point;
+    return {point.x + away.x * reach / distance, point.y + away.y * reach / distance};
 }
 
 void CyclicChain::Assign(std::span<const Crossing> points) {
@@ -105,10 +104,23 @@ void CyclicChain::Assign(std::span<const Crossing> points) {
     }
 }
 
-const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, double straight) {
+bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit) {
+    const Arm back = StraightArm(chain, i - unit, -1, test.looseness, unit);
+    const Arm forward = StraightArm(chain, i + unit, 1, test.looseness, unit);
+    const double shorter = std::min(back.length, forward.length);
+    if (shorter == 0) return false;
+    // Both directions point away from the corner: straight on is a cosine of -1.
+    const double cosine = Dot(back.line.direction, forward.line.direction);
+    const double halfTurn = std::sqrt(std::max(0.0, (1 + cosine) / 2));
+    if (shorter / 4 * halfTurn <= test.bulge) return false;
+    m_corners.push_back({i, MeetingPoint(back.line, forward.line, chain[i], unit), back.line, forward.line});
+    return true;
+}
+
+const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, const Tuning& tuning) {
     const int n = chain.Size();
     m_corners.clear();
-    const int reach = std::min(3, n / 6);
+    const int reach = std::min(3 * tuning.unit, n / 6);
     if (reach < 2) return m_corners;
     m_turn.resize(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i)
@@ -123,15 +135,7 @@ const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, double s
         bool most = true;
         for (int k = 1; k <= reach && most; ++k) most = turn(i - k) < here && turn(i + k) <= here;
         if (!most) continue;
-        const Arm back = StraightArm(chain, i - 1, -1, straight);
-        const Arm forward = StraightArm(chain, i + 1, 1, straight);
-        const double shorter = std::min(back.length, forward.length);
-        if (shorter == 0) continue;
-        // Both directions point away from the corner: straight on is a cosine of -1.
-        const double cosine = Dot(back.line.direction, forward.line.direction);
-        const double halfTurn = std::sqrt(std::max(0.0, (1 + cosine) / 2));
-        if (shorter / 4 * halfTurn <= cornerSize * straight) continue;
-        m_corners.push_back({i, MeetingPoint(back.line, forward.line, chain[i]), back.line, forward.line});
+        if (!TryArms(chain, i, tuning.clean, tuning.unit)) TryArms(chain, i, tuning.rough, tuning.unit);
     }
     return m_corners;
 }

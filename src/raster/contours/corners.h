@@ -12,7 +12,7 @@ namespace tarvex::contours {
 /// A closed chain whose points can be asked for by any index from -margin to size + margin.
 class CyclicChain {
   public:
-    static constexpr int margin = 48;
+    static constexpr int margin = 96;
 
     void Assign(std::span<const Crossing> points);
     int Size() const { return m_size; }
@@ -60,30 +60,56 @@ struct Corner {
     Line forward;  ///< the arm that begins here
 };
 
-/// Where two arms meet, if that is near `point` of the chain; otherwise `point` itself, or as far
-/// towards the meeting point as is believed.
-Crossing MeetingPoint(const Line& a, const Line& b, Crossing point);
+/// Where two arms meet, if that is within `reach` of `point` of the chain; up to twice as far, the
+/// place at that distance on the way there; otherwise `point` itself.
+Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach);
 
-/// How far a straight line or a curve may pass from the points, in their unit.
-struct Looseness {
-    double straight;  ///< the reach of stairs or noise around a straight edge
-    double curve;     ///< what a fitted curve may miss a point by
-    int window;       ///< how many points on either side tell where the edge really runs
+/// When a point is a corner: its arms are the longest pieces whose points lie within `looseness` of a
+/// line, and it sticks out of the smoothest curve along them by more than `bulge`.
+struct ArmTest {
+    double looseness;
+    double bulge;
+};
+
+/// What the points of a chain are like, and so how closely lines and curves should follow them. Lengths
+/// are in the chain's unit.
+struct Tuning {
+    ArmTest clean;      ///< for corners between edges that are straight as they stand
+    ArmTest rough;      ///< for corners between edges that are stairs
+    double straight;    ///< points lie this near to a straight edge
+    double shortCurve;  ///< points lie this near to a fitted curve of 8 pixels or less
+    double longCurve;   ///< the same for one of 32 pixels or more; between, in proportion
+    int window;         ///< how many points on either side tell where the edge really runs
+    int unit;           ///< the size of one of the picture's own pixels
+
+    /// The same for a chain in units `factor` times smaller.
+    Tuning Enlarged(int factor) const {
+        return {{clean.looseness * factor, clean.bulge * factor},
+                {rough.looseness * factor, rough.bulge * factor},
+                straight * factor,
+                shortCurve * factor,
+                longCurve * factor,
+                window * factor,
+                unit * factor};
+    }
 };
 
 /// Finds corners in the order of their index.
 ///
 /// At a point where the chain turns most in its neighbourhood, the two arms are the longest straight
-/// pieces (within `straight`) on either side, at most 16 units each. A smooth curve that follows both
-/// arms to their middles would miss the point by l/4 · sin(turn/2), l being the shorter arm. On a
-/// circle of any radius this comes to the looseness itself, since a tighter circle has shorter
-/// straight pieces; at a corner it grows with the arms. So one limit, a small multiple of the
-/// looseness, separates corners from curves at every size.
+/// pieces on either side, at most 16 pixels each. A smooth curve that follows both arms to their
+/// middles would miss the point by l/4 · sin(turn/2), l being the shorter arm. On a circle of any
+/// radius this comes to about one and a half times the looseness, since a tighter circle has shorter straight
+/// pieces; at a corner it grows with the arms. So one limit separates corners from curves at every size.
+/// Edges that lie on the grid are clean even where all others are stairs, and show smaller corners: either
+/// test will do.
 class CornerFinder {
   public:
-    const std::vector<Corner>& Find(const CyclicChain& chain, double straight);
+    const std::vector<Corner>& Find(const CyclicChain& chain, const Tuning& tuning);
 
   private:
+    bool TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit);
+
     std::vector<double> m_turn;
     std::vector<Corner> m_corners;
 };

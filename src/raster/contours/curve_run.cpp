@@ -150,11 +150,10 @@ double RunFitter::MeasureAndCorrect(const Cubic& c) {
 }
 
 /// Whether the points between the samples are followed as well.
-bool RunFitter::FollowsAll(int first, int last, const Cubic& c) const {
+bool RunFitter::FollowsAll(int first, int last, const Cubic& c, double limit) const {
     if (m_stride == 1) return true;
     const Powers x(c.p0.x, c.p1.x, c.p2.x, c.p3.x);
     const Powers y(c.p0.y, c.p1.y, c.p2.y, c.p3.y);
-    const double limit = m_looseness.curve * m_looseness.curve;
     double before = 0;
     int i = first + 1;
     for (int k = 0; k <= m_sampleCount; ++k) {
@@ -173,8 +172,17 @@ bool RunFitter::FollowsAll(int first, int last, const Cubic& c) const {
     return true;
 }
 
+/// The squared distance allowed to a piece of this length. Along a long piece some stair or some grey
+/// is always as far off as can be; along a short one a point that far off is more likely shape.
+double RunFitter::LimitFor(double length) const {
+    const double part = std::clamp((length / m_tuning.unit - 8) / 24, 0.0, 1.0);
+    const double limit = m_tuning.shortCurve + part * (m_tuning.longCurve - m_tuning.shortCurve);
+    return limit * limit;
+}
+
 bool RunFitter::FitPiece(int first, int last, const End& start, const End& finish, Cubic& c) {
-    c = {start.point, {}, {}, finish.point, false};
+    c = {start.point, start.point, finish.point, finish.point};
+    if (last == first + 1 && !start.tangent && !finish.tangent) return true;
     if (last - first < 3) {
         const Crossing third = Times(Minus(c.p3, c.p0), 1.0 / 3);
         c.p1 = Plus(c.p0, start.tangent ? Times(*start.tangent, Length(third)) : third);
@@ -184,12 +192,12 @@ bool RunFitter::FitPiece(int first, int last, const End& start, const End& finis
     TakeSamples(first, last);
     const double length =
         m_length[static_cast<std::size_t>(last)] - m_length[static_cast<std::size_t>(first)];
-    const double limit = m_looseness.curve * m_looseness.curve;
+    const double limit = LimitFor(length);
     double before = 16 * limit;
     for (int pass = 0; pass <= corrections; ++pass) {
         if (!Solve(length, start, finish, c)) return false;
         const double worst = MeasureAndCorrect(c);
-        if (worst <= limit) return FollowsAll(first, last, c);
+        if (worst <= limit) return FollowsAll(first, last, c, limit);
         // A correction that gained less than this will not get there in the passes that are left.
         if (worst > 0.9 * before) return false;
         before = worst;
@@ -207,8 +215,7 @@ RunFitter::End RunFitter::JointAt(int i) const {
         return m_points[static_cast<std::size_t>(k)];
     };
     const Crossing here = point(i);
-    int reach =
-        m_loop ? std::min(m_looseness.window, (n - 1) / 4) : std::min({m_looseness.window, i, n - 1 - i});
+    int reach = m_loop ? std::min(m_tuning.window, (n - 1) / 4) : std::min({m_tuning.window, i, n - 1 - i});
     for (; reach > 2; reach -= 2) {
         const Crossing back = Minus(here, point(i - reach));
         const Crossing forward = Minus(point(i + reach), here);

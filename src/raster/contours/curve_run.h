@@ -10,9 +10,9 @@
 
 namespace tarvex::contours {
 
+/// A cubic segment; straight when its control points lie on its ends.
 struct Cubic {
     Crossing p0, p1, p2, p3;
-    bool straight = false;
 };
 
 /// A run of points from one corner to the next, or once around an outline without corners.
@@ -25,7 +25,7 @@ struct Run {
 /// loop, where it passes smoothly; inside a run all joints are smooth.
 class RunFitter {
   public:
-    explicit RunFitter(Looseness looseness) : m_looseness(looseness) {}
+    explicit RunFitter(const Tuning& tuning) : m_tuning(tuning) {}
 
     /// Appends the segments for `run` (at least two points).
     void Fit(const Run& run, std::vector<Cubic>& out);
@@ -44,13 +44,14 @@ class RunFitter {
     void TakeSamples(int first, int last);
     bool Solve(double length, const End& start, const End& finish, Cubic& c) const;
     double MeasureAndCorrect(const Cubic& c);
-    bool FollowsAll(int first, int last, const Cubic& c) const;
+    bool FollowsAll(int first, int last, const Cubic& c, double limit) const;
+    double LimitFor(double length) const;
     End JointAt(int i) const;
     int LongestPiece(int first, int guess, const End& start, const End& finish, Cubic& piece);
 
     static constexpr int sampleLimit = 32;
 
-    Looseness m_looseness;
+    Tuning m_tuning;
     std::span<const Crossing> m_points;
     bool m_loop = false;
     std::vector<double> m_length;  // of the chain up to each point of the run

@@ -13,6 +13,8 @@ int WordsFor(int width) {
     return static_cast<int>((std::int64_t{width} + std::int64_t{2} * ShapeMask::margin + 63) / 64);
 }
 
+}  // namespace
+
 bool HasMoreThanTwoLevels(const GreyView& picture) {
     const std::uint8_t first = picture.Row(0)[0];
     int second = -1;
@@ -26,8 +28,6 @@ bool HasMoreThanTwoLevels(const GreyView& picture) {
     }
     return false;
 }
-
-}  // namespace
 
 ShapeMask::ShapeMask(const GreyView& picture, int threshold, ShapeSide side)
     : m_width(picture.width), m_height(picture.height), m_words(WordsFor(picture.width)) {

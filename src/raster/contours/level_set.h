@@ -49,6 +49,9 @@ class ShapeMask {
     std::vector<std::uint64_t> m_bits;
 };
 
+/// Whether grey can tell where edges run; false for pictures of two levels or one.
+bool HasMoreThanTwoLevels(const GreyView& picture);
+
 /// Where an outline crosses the line between the centres of two neighbouring pixels.
 struct Crossing {
     double x;
@@ -72,8 +75,6 @@ class OutlineFollower {
 
     /// The part of the picture's rows that `Next` has left behind, 0 to 1.
     double Progress() const;
-    /// Whether grey varies along the outlines: false for pictures of just two levels.
-    bool IsSoft() const { return m_soft; }
 
   private:
     enum Side : int { left, top, right, bottom };

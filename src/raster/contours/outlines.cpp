@@ -17,23 +17,28 @@ using namespace contours;
 
 constexpr int largestDetail = 16;
 
-/// What curves may miss the points by, in pixels. Stairs of a two-level picture lie up to half a pixel
-/// off the edge they stand for; anti-aliased edges lie where they are, give or take the grey's noise.
-Looseness LoosenessFor(bool soft, double tolerance) {
-    const Looseness usual = soft ? Looseness{0.3, 0.3, 4} : Looseness{0.45, 0.5, 8};
-    if (!(tolerance > 0)) return usual;
-    return {std::min(tolerance, usual.straight * 2), tolerance, usual.window};
+/// Stairs of a two-level picture lie up to half a pixel off the edge they stand for; anti-aliased edges
+/// lie where they are, give or take the grey's noise.
+Tuning TuningFor(bool soft, double tolerance) {
+    constexpr ArmTest clean{0.2, 0.48};
+    Tuning tuning = soft ? Tuning{clean, clean, 0.25, 0.28, 0.34, 4, 1}
+                         : Tuning{clean, {0.75, 1.3}, 0.55, 0.45, 0.6, 8, 1};
+    if (tolerance > 0) {
+        tuning.shortCurve = tuning.longCurve = tolerance;
+        tuning.straight = std::min(tolerance, 2 * tuning.straight);
+    }
+    return tuning;
 }
 
 /// Turns the points of one outline into one closed contour.
 class OutlineFitter {
   public:
-    explicit OutlineFitter(Looseness looseness) : m_looseness(looseness), m_fitter(looseness) {}
+    explicit OutlineFitter(const Tuning& tuning) : m_tuning(tuning), m_fitter(tuning) {}
 
     const std::vector<Cubic>& Fit(std::span<const Crossing> points) {
         m_cubics.clear();
         m_chain.Assign(points);
-        m_corners = m_finder.Find(m_chain, m_looseness.straight);
+        m_corners = m_finder.Find(m_chain, m_tuning);
         if (m_corners.empty()) {
             FitLoop();
         } else {
@@ -71,13 +76,11 @@ class OutlineFitter {
     /// edges meet, which is surer than where their ends do.
     void FindEdges() {
         m_straight.assign(m_corners.size(), false);
+        if (m_corners.size() == 1) return;  // the only run comes back to where it began
         for (std::size_t k = 0; k < m_corners.size(); ++k) {
             TakeRun(k);
             const Crossing along{m_run.back().x - m_run.front().x, m_run.back().y - m_run.front().y};
-            if (m_run.size() < 4) {
-                m_straight[k] = m_run.size() < 3;
-                continue;
-            }
+            if (m_run.size() < 4) continue;
             LineSums sums;
             for (std::size_t i = 1; i + 1 < m_run.size(); ++i) sums.Add(m_run[i]);
             const Line line = sums.Best(along);
@@ -88,36 +91,45 @@ class OutlineFitter {
             next.back = {line.centre, {-line.direction.x, -line.direction.y}};
         }
         for (Corner& corner : m_corners)
-            corner.tip = MeetingPoint(corner.back, corner.forward, m_chain[corner.index]);
+            corner.tip = MeetingPoint(corner.back, corner.forward, m_chain[corner.index], m_tuning.unit);
     }
 
     bool FollowsLine(const Line& line) const {
-        return std::all_of(m_run.begin() + 1, m_run.end() - 1, [&](Crossing p) {
-            const double dx = p.x - line.centre.x;
-            const double dy = p.y - line.centre.y;
-            return std::fabs(line.direction.x * dy - line.direction.y * dx) <= m_looseness.straight;
-        });
+        return std::all_of(m_run.begin() + 1, m_run.end() - 1,
+                           [&](Crossing p) { return DistanceFrom(line, p) <= m_tuning.straight; });
     }
 
     void FitBetween(std::size_t k) {
-        if (m_straight[k]) {
-            const Crossing from = m_corners[k].tip;
-            const Crossing to = CornerAfter(k).tip;
-            m_cubics.push_back({from, from, to, to, true});
+        const Crossing from = m_corners[k].tip;
+        const Crossing to = CornerAfter(k).tip;
+        if (m_straight[k] && IsOnEdge(from, m_corners[k].forward) && IsOnEdge(to, m_corners[k].forward)) {
+            m_cubics.push_back({from, from, to, to});
             return;
         }
         TakeRun(k);
         m_fitter.Fit({m_run, false}, m_cubics);
     }
 
-    /// Points beside a corner lie on the bevel that the grid cuts there, not on the corner's arms.
-    static bool IsCutOff(Crossing p, Crossing tip) {
-        const double dx = p.x - tip.x;
-        const double dy = p.y - tip.y;
-        return dx * dx + dy * dy < 0.6 * 0.6;
+    /// Corners of acute ends are cut short, and may lie on neither of their edges.
+    bool IsOnEdge(Crossing tip, const Line& edge) const {
+        return DistanceFrom(edge, tip) <= m_tuning.straight + 0.25 * m_tuning.unit;
     }
 
-    Looseness m_looseness;
+    static double DistanceFrom(const Line& line, Crossing p) {
+        const double dx = p.x - line.centre.x;
+        const double dy = p.y - line.centre.y;
+        return std::fabs(line.direction.x * dy - line.direction.y * dx);
+    }
+
+    /// Points beside a corner lie on the bevel that the grid cuts there, not on the corner's arms.
+    bool IsCutOff(Crossing p, Crossing tip) const {
+        const double dx = p.x - tip.x;
+        const double dy = p.y - tip.y;
+        const double bevel = 0.6 * m_tuning.unit;
+        return dx * dx + dy * dy < bevel * bevel;
+    }
+
+    Tuning m_tuning;
     CyclicChain m_chain;
     CornerFinder m_finder;
     RunFitter m_fitter;
@@ -146,13 +158,11 @@ std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubi
     return contour;
 }
 
-/// Traces in the enlarged picture's own pixels, `scale` of the caller's each.
-bool Trace(const GreyView& picture, const OutlineOptions& options, double scale, CPolyPolyBezier& out) {
+/// Traces a picture that has been enlarged `detail` times; `out` is in the caller's own pixels.
+bool Trace(const GreyView& picture, const OutlineOptions& options, bool soft, CPolyPolyBezier& out) {
+    const double scale = 1.0 / options.detail;
     OutlineFollower follower(picture, options.threshold, options.side);
-    Looseness looseness = LoosenessFor(follower.IsSoft() || scale < 1, options.tolerance);
-    looseness.straight /= scale;
-    looseness.curve /= scale;
-    OutlineFitter fitter(looseness);
+    OutlineFitter fitter(TuningFor(soft, options.tolerance).Enlarged(options.detail));
     std::vector<Crossing> points;
     std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
     const auto least = static_cast<std::size_t>(std::max(0, options.minPoints));
@@ -177,11 +187,12 @@ bool TraceOutlines(const GreyView& picture, const OutlineOptions& options, CPoly
     out.RemoveAll();
     if (picture.levels == nullptr || picture.width <= 0 || picture.height <= 0) return false;
     if (options.detail < 1 || options.detail > largestDetail) return false;
-    if (options.detail == 1) return Trace(picture, options, 1, out);
-    constexpr int longest = INT32_MAX - 2;
+    const bool soft = HasMoreThanTwoLevels(picture);
+    if (options.detail == 1) return Trace(picture, options, soft, out);
+    constexpr int longest = INT32_MAX - 4;
     if (picture.width > longest / options.detail || picture.height > longest / options.detail) return false;
     const EnlargedPicture enlarged(picture, options.detail);
-    return Trace(enlarged.View(), options, 1.0 / options.detail, out);
+    return Trace(enlarged.View(), options, soft, out);
 }
 
 }  // namespace tarvex
