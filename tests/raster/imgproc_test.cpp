@@ -135,12 +135,16 @@ TEST(ImgProc, CreatesBlackBottomUpBitmaps) {
 TEST(ImgProc, WhiteIsWhatIsSetInABitmapThatItMakes) {
     const UniqueBitmap bitmap(CImgProc::CreateBitmapBW(4, 4));
     CImgProc::SetPixel(Description(bitmap.Get()), 1, 2, true);
-    const UniqueDC dc(CreateCompatibleDC(nullptr));
-    const SelectedObject selected(dc.Get(), bitmap.Get());
-    EXPECT_EQ(GetPixel(dc.Get(), 1, 2), RGB(255, 255, 255));
-    EXPECT_EQ(GetPixel(dc.Get(), 2, 1), RGB(0, 0, 0));
-    CImgProc::DumpBmp(bitmap.Get());
+    {
+        const UniqueDC dc(CreateCompatibleDC(nullptr));
+        const SelectedObject selected(dc.Get(), bitmap.Get());
+        EXPECT_EQ(GetPixel(dc.Get(), 1, 2), RGB(255, 255, 255));
+        EXPECT_EQ(GetPixel(dc.Get(), 2, 1), RGB(0, 0, 0));
+    }
     const ScreenDC screen(GetDC(nullptr));
+    SetPixel(screen.Get(), 2, 1, RGB(1, 2, 3));
+    CImgProc::DumpBmp(bitmap.Get());
+    EXPECT_EQ(GetPixel(screen.Get(), 1, 2), RGB(255, 255, 255));
     EXPECT_EQ(GetPixel(screen.Get(), 2, 1), RGB(0, 0, 0));
 }
 
