@@ -20,7 +20,7 @@ std::vector<void*> BadHandles() {
     DeleteObject(deletedBrush);
     return {nullptr,
             reinterpret_cast<void*>(std::uintptr_t{1}),
-            reinterpret_cast<void*>(std::uintptr_t{0x1000000}),
+            reinterpret_cast<void*>(std::uintptr_t{0xff0000}),
             reinterpret_cast<void*>(~std::uintptr_t{0}),
             &somewhere,
             deletedContext,
