@@ -29,7 +29,6 @@ void ExpandBits(const std::uint8_t* bits, int width, std::uint8_t* levels) {
 Ground FindGround(const Picture& picture) {
     if (!HasAlpha(picture.format)) return Ground::white;
     const std::size_t channels = ChannelCount(picture.format);
-    std::uint64_t lumas = 0;
     std::uint64_t alphas = 0;
     std::uint64_t darkAlphas = 0;
     bool transparent = false;
@@ -40,11 +39,10 @@ Ground FindGround(const Picture& picture) {
             transparent = transparent || alpha < 128;
             const std::uint32_t luma = Luma(pixel, picture.format);
             alphas += alpha;
-            lumas += std::uint64_t{alpha} * luma;
-            if (luma < 128) darkAlphas += alpha;
+            if (luma < 240) darkAlphas += alpha;
         }
     }
-    return transparent && lumas > 200 * alphas && 100 * darkAlphas < alphas ? Ground::black : Ground::white;
+    return transparent && 50 * darkAlphas < alphas ? Ground::black : Ground::white;
 }
 
 GreyPicture::GreyPicture(Picture&& picture, Ground ground)

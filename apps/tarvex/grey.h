@@ -12,9 +12,8 @@ namespace tarvex::app {
 /// What shows through where a picture is transparent.
 enum class Ground { white, black };
 
-/// The ground on which the picture's opaque parts can be seen: white, unless there is hardly anything
-/// dark in them: a mean luma above 200, and less than a hundredth of them below 128. White for pictures
-/// that are opaque all over.
+/// The ground on which the picture's opaque parts can be seen: white, unless they are white themselves
+/// (less than a fiftieth of them has a luma below 240). White for pictures that are opaque all over.
 Ground FindGround(const Picture& picture);
 
 /// The luma (Rec. 601: 0.299 red + 0.587 green + 0.114 blue) of every pixel, laid over the ground by

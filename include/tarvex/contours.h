@@ -47,8 +47,8 @@ TARVEX_API int OtsuThreshold(const GreyHistogram& histogram);
 /// Which side of the threshold is the shape.
 enum class ShapeSide { dark, light };
 
-/// The side that is the drawing rather than its ground: the dark one, unless nine tenths of the
-/// picture's frame of pixels and more than half of the picture are dark.
+/// The side that is the drawing rather than its ground: the dark one, unless at least nine tenths of
+/// the picture's outermost pixels and three quarters of all are dark.
 TARVEX_API ShapeSide FindShapeSide(const GreyView& picture, int threshold);
 
 struct OutlineOptions {

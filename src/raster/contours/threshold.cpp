@@ -69,7 +69,7 @@ ShapeSide FindShapeSide(const GreyView& picture, int threshold) {
     }
     const std::uint64_t all =
         static_cast<std::uint64_t>(picture.width) * static_cast<std::uint64_t>(picture.height);
-    return 10 * darkFrame >= 9 * frame && 2 * dark > all ? ShapeSide::light : ShapeSide::dark;
+    return 10 * darkFrame >= 9 * frame && 4 * dark >= 3 * all ? ShapeSide::light : ShapeSide::dark;
 }
 
 }  // namespace tarvex

@@ -65,7 +65,7 @@ TEST(Threshold, OtsuHasTheLargestVarianceBetweenTheClasses) {
     });
 }
 
-TEST(Threshold, TheShapeIsDarkUnlessAlmostTheWholeFrameAndMostOfThePictureAre) {
+TEST(Threshold, TheShapeIsDarkUnlessAlmostTheWholeFrameAndThreeQuartersOfThePictureAre) {
     struct Case {
         std::vector<std::string> rows;
         ShapeSide side;
@@ -74,12 +74,11 @@ TEST(Threshold, TheShapeIsDarkUnlessAlmostTheWholeFrameAndMostOfThePictureAre) {
         {{"....", ".##.", "...."}, ShapeSide::dark},
         {{"####", "#..#", "####"}, ShapeSide::light},
         {{"####", "####", "####"}, ShapeSide::light},
-        {{"###.", "#..#", "####"}, ShapeSide::light},  // 9 of 10 pixels of the frame
-        {{"##..", "#..#", "####"}, ShapeSide::dark},   // 8 of 10
-        {{"######", "#....#", "#....#", "#....#", "#....#", "######"}, ShapeSide::light},
-        {{"######", "#....#", "#....#", "#....#", "#....#", "#....#", "######"}, ShapeSide::light},
-        {{"########", "#......#", "#......#", "#......#", "#......#", "#......#", "########"},
-         ShapeSide::dark},
+        {{"###.", "#..#", "####"}, ShapeSide::light},              // 9 of 10 on the frame, 9 of 12 in all
+        {{"##..", "####", "####"}, ShapeSide::dark},               // 8 of 10 on the frame
+        {{"####", "#..#", "#..#", "####"}, ShapeSide::light},      // 12 of 16
+        {{"#####", "#...#", "#..##", "#####"}, ShapeSide::light},  // 15 of 20
+        {{"#####", "#...#", "#...#", "#####"}, ShapeSide::dark},   // 14 of 20: a light ground, framed
         {{"#"}, ShapeSide::light},
         {{"."}, ShapeSide::dark},
     };
