@@ -1,5 +1,7 @@
 #include "tarvex/grey.h"
 
+#include <array>
+#include <cstring>
 #include <utility>
 
 namespace tarvex::app {
@@ -20,8 +22,20 @@ std::uint32_t Alpha(const std::uint8_t* pixel, PixelFormat format) {
     return HasAlpha(format) ? pixel[ChannelCount(format) - 1] : 255u;
 }
 
+/// Eight pixels for each byte of a one-bit row.
+std::array<std::array<std::uint8_t, 8>, 256> ByteExpansions() {
+    std::array<std::array<std::uint8_t, 8>, 256> expansions{};
+    for (std::size_t byte = 0; byte < 256; ++byte)
+        for (std::size_t k = 0; k < 8; ++k) expansions[byte][k] = (byte >> (7 - k) & 1) != 0 ? 255 : 0;
+    return expansions;
+}
+
 void ExpandBits(const std::uint8_t* bits, int width, std::uint8_t* levels) {
-    for (int x = 0; x < width; ++x) levels[x] = (bits[x >> 3] >> (7 - (x & 7)) & 1) != 0 ? 255 : 0;
+    static const auto expansions = ByteExpansions();
+    int x = 0;
+    for (; x + 8 <= width; x += 8) std::memcpy(levels + x, expansions[bits[x >> 3]].data(), 8);
+    if (x < width)
+        std::memcpy(levels + x, expansions[bits[x >> 3]].data(), static_cast<std::size_t>(width - x));
 }
 
 }  // namespace

@@ -74,8 +74,14 @@ double Turn(Crossing a, Crossing b) {
 Line LineSums::Best(Crossing along) const {
     const double mx = m_x / m_count;
     const double my = m_y / m_count;
-    const double angle = 0.5 * std::atan2(2 * (m_xy - m_x * my), (m_xx - m_x * mx) - (m_yy - m_y * my));
-    const Crossing direction{std::cos(angle), std::sin(angle)};
+    // The direction is the eigenvector of the larger eigenvalue of the points' scatter; of its two
+    // forms the one that does not subtract nearly equal numbers.
+    const double xy = m_xy - m_x * my;
+    const double half = ((m_xx - m_x * mx) - (m_yy - m_y * my)) / 2;
+    const double root = std::sqrt(half * half + xy * xy);
+    Crossing direction = half >= 0 ? Crossing{half + root, xy} : Crossing{xy, root - half};
+    const double length = std::sqrt(Dot(direction, direction));
+    direction = length > 0 ? Crossing{direction.x / length, direction.y / length} : Crossing{1, 0};
     const double sign = Dot(direction, along) < 0 ? -1 : 1;
     return {{m_origin.x + mx, m_origin.y + my}, {sign * direction.x, sign * direction.y}};
 }
@@ -106,9 +112,9 @@ void CyclicChain::Assign(std::span<const Crossing> points) {
 
 bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit) {
     const Arm back = StraightArm(chain, i - unit, -1, test.looseness, unit);
+    if (back.length / 4 <= test.bulge) return false;
     const Arm forward = StraightArm(chain, i + unit, 1, test.looseness, unit);
     const double shorter = std::min(back.length, forward.length);
-    if (shorter == 0) return false;
     // Both directions point away from the corner: straight on is a cosine of -1.
     const double cosine = Dot(back.line.direction, forward.line.direction);
     const double halfTurn = std::sqrt(std::max(0.0, (1 + cosine) / 2));

@@ -211,7 +211,7 @@ bool RunFitter::FitPiece(int first, int last, const End& start, const End& finis
 RunFitter::End RunFitter::JointAt(int i) const {
     const int n = static_cast<int>(m_points.size());
     const auto point = [&](int k) {
-        if (m_loop) k = (k + n - 1) % (n - 1);
+        if (m_loop) k = k < 0 ? k + n - 1 : k >= n ? k - (n - 1) : k;
         return m_points[static_cast<std::size_t>(k)];
     };
     const Crossing here = point(i);

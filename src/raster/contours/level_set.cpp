@@ -3,6 +3,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace tarvex::contours {
 
@@ -15,15 +20,44 @@ int WordsFor(int width) {
 
 }  // namespace
 
+std::uint64_t DarkBits(const std::uint8_t* levels, int count, std::uint8_t level) {
+    std::uint64_t bits = 0;
+    int x = 0;
+#if defined(__SSE2__)
+    const __m128i limit = _mm_set1_epi8(static_cast<char>(level));
+    for (; x + 16 <= count; x += 16) {
+        const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(levels + x));
+        const __m128i dark = _mm_cmpeq_epi8(_mm_min_epu8(sixteen, limit), sixteen);
+        bits |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(dark))) << x;
+    }
+#endif
+    for (; x < count; ++x) bits |= static_cast<std::uint64_t>(levels[x] <= level ? 1 : 0) << x;
+    return bits;
+}
+
 bool HasMoreThanTwoLevels(const GreyView& picture) {
     const std::uint8_t first = picture.Row(0)[0];
-    int second = -1;
+    std::uint8_t second = first;
     for (int y = 0; y < picture.height; ++y) {
         const std::uint8_t* row = picture.Row(y);
-        for (int x = 0; x < picture.width; ++x) {
-            if (row[x] == first || row[x] == second) continue;
-            if (second >= 0) return true;
-            second = row[x];
+        int x = 0;
+        while (x < picture.width) {
+#if defined(__SSE2__)
+            if (x + 16 <= picture.width) {
+                const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + x));
+                const __m128i known =
+                    _mm_or_si128(_mm_cmpeq_epi8(sixteen, _mm_set1_epi8(static_cast<char>(first))),
+                                 _mm_cmpeq_epi8(sixteen, _mm_set1_epi8(static_cast<char>(second))));
+                if (_mm_movemask_epi8(known) == 0xFFFF) {
+                    x += 16;
+                    continue;
+                }
+            }
+#endif
+            const std::uint8_t level = row[x++];
+            if (level == first || level == second) continue;
+            if (second != first) return true;
+            second = level;
         }
     }
     return false;
@@ -31,27 +65,21 @@ bool HasMoreThanTwoLevels(const GreyView& picture) {
 
 ShapeMask::ShapeMask(const GreyView& picture, int threshold, ShapeSide side)
     : m_width(picture.width), m_height(picture.height), m_words(WordsFor(picture.width)) {
-    m_bits.resize((static_cast<std::size_t>(m_height) + std::size_t{2} * margin) *
-                  static_cast<std::size_t>(m_words));
-    const bool darkIsShape = side == ShapeSide::dark;
-    std::vector<std::uint8_t> padded(static_cast<std::size_t>(m_words) * 64);
+    m_bits.resize((static_cast<std::size_t>(m_height) + 2 * margin) * static_cast<std::size_t>(m_words));
+    // All pixels are on one side of a threshold beyond the levels.
+    const std::uint64_t flip = side == ShapeSide::dark ? 0 : ~std::uint64_t{0};
+    const auto level = static_cast<std::uint8_t>(std::clamp(threshold, 0, 255));
+    const bool none = threshold < 0;
     for (int y = 0; y < m_height; ++y) {
-        const std::uint8_t* levels = picture.Row(y);
-        for (int x = 0; x < m_width; ++x)
-            padded[static_cast<std::size_t>(x + margin)] = (levels[x] <= threshold) == darkIsShape ? 1 : 0;
         std::uint64_t* row = MutableRow(y);
-        for (int w = 0; w < m_words; ++w) {
-            // Eight bytes of 0 or 1 become eight bits by one multiplication: no two partial products
-            // fall on the same bit of the top byte.
-            std::uint64_t word = 0;
-            for (int k = 0; k < 8; ++k) {
-                std::uint64_t bytes = 0;
-                const std::uint8_t* from =
-                    padded.data() + (static_cast<std::size_t>(w) * 8 + static_cast<std::size_t>(k)) * 8;
-                for (int b = 0; b < 8; ++b) bytes |= static_cast<std::uint64_t>(from[b]) << (8 * b);
-                word |= (bytes * 0x0102040810204080u >> 56) << (8 * k);
-            }
-            row[w] = word;
+        for (int x = 0; x < m_width; x += 64) {
+            const int count = std::min(64, m_width - x);
+            std::uint64_t bits = none ? 0 : DarkBits(picture.Row(y) + x, count, level);
+            bits = (bits ^ flip) & (~std::uint64_t{0} >> (64 - count));
+            const std::size_t column = static_cast<std::size_t>(x) + margin;
+            row[column >> 6] |= bits << (column & 63);
+            if (const std::uint64_t rest = bits >> (64 - (column & 63)); rest != 0)
+                row[(column >> 6) + 1] |= rest;
         }
     }
 }

@@ -49,6 +49,9 @@ class ShapeMask {
     std::vector<std::uint64_t> m_bits;
 };
 
+/// One bit for each of up to 64 pixels, 1 where the level is at most `level`; lowest bit first.
+std::uint64_t DarkBits(const std::uint8_t* levels, int count, std::uint8_t level);
+
 /// Whether grey can tell where edges run; false for pictures of two levels or one.
 bool HasMoreThanTwoLevels(const GreyView& picture);
 

@@ -22,7 +22,7 @@ constexpr int largestDetail = 16;
 Tuning TuningFor(bool soft, double tolerance) {
     constexpr ArmTest clean{0.2, 0.48};
     Tuning tuning = soft ? Tuning{clean, clean, 0.25, 0.28, 0.34, 4, 1}
-                         : Tuning{clean, {0.75, 1.3}, 0.55, 0.45, 0.6, 8, 1};
+                         : Tuning{clean, {0.75, 1.3}, 0.55, 0.53, 0.6, 8, 1};
     if (tolerance > 0) {
         tuning.shortCurve = tuning.longCurve = tolerance;
         tuning.straight = std::min(tolerance, 2 * tuning.straight);
