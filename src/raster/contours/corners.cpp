@@ -15,50 +15,55 @@ double Cross(Crossing a, Crossing b) { return a.x * b.y - a.y * b.x; }
 double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
 Crossing Minus(Crossing a, Crossing b) { return {a.x - b.x, a.y - b.y}; }
 
-/// A straight piece that begins beside a point.
+/// A straight piece of a chain that begins beside a point: `count` points from `start` on in `step`
+/// direction (1 or -1).
 struct Arm {
-    double length = 0;
-    Line line{};
+    int start;
+    int step;
+    int count;
+    double length;
 };
 
-/// The longest straight piece that begins at chain[start] and goes on in `step` direction (1 or -1),
-/// and the line that fits it best. Directions that pass within `looseness` of every point so far form
-/// a cone with its tip in the first point; the piece ends where the cone closes.
-Arm StraightArm(const CyclicChain& chain, int start, int step, double looseness, int unit) {
+/// The longest straight piece from `start` on. Directions that pass within `looseness` of every point
+/// so far form a cone with its tip in the first point; the piece ends where the cone closes.
+Arm LongestArm(const CyclicChain& chain, int start, int step, double looseness, int unit) {
     const Crossing origin = chain[start];
     const double longest = armLimit * unit;
-    const int limit = std::min(CyclicChain::margin - 2, chain.Size() / 2);
+    const int limit = std::min(CyclicChain::margin - unit, chain.Size() / 2);
     Crossing low{};
     Crossing high{};
     bool open = true;
-    LineSums sums;
-    sums.Add(origin);
-    Crossing last{};
-    for (int k = 1; k <= limit; ++k) {
-        const Crossing v = Minus(chain[start + k * step], origin);
-        const double square = Dot(v, v);
-        if (square > longest * longest) break;
-        if (square > looseness * looseness) {
+    double square = 0;
+    int count = 1;
+    for (; count < limit; ++count) {
+        const Crossing v = Minus(chain[start + count * step], origin);
+        const double farther = Dot(v, v);
+        if (farther > longest * longest) break;
+        if (farther > looseness * looseness) {
             // The two tangents from the origin to the circle of the looseness about the point.
-            const double sine = looseness;
-            const double cosine = std::sqrt(square - looseness * looseness);
-            const Crossing left{v.x * cosine - v.y * sine, v.y * cosine + v.x * sine};
-            const Crossing right{v.x * cosine + v.y * sine, v.y * cosine - v.x * sine};
+            const double cosine = std::sqrt(farther - looseness * looseness);
+            const Crossing left{v.x * cosine - v.y * looseness, v.y * cosine + v.x * looseness};
+            const Crossing right{v.x * cosine + v.y * looseness, v.y * cosine - v.x * looseness};
             if (open) {
                 low = right;
                 high = left;
                 open = false;
             } else {
-                if (Cross(low, v) < 0 && Dot(low, v) < 0) break;
                 if (Cross(low, right) > 0) low = right;
                 if (Cross(high, left) < 0) high = left;
                 if (Cross(low, high) < 0 || Dot(low, v) < 0) break;
             }
         }
-        sums.Add(chain[start + k * step]);
-        last = v;
+        square = farther;
     }
-    return {std::sqrt(Dot(last, last)), sums.Best(last)};
+    return {start, step, count, std::sqrt(square)};
+}
+
+/// The line that fits an arm best, directed away from where it begins.
+Line LineOf(const CyclicChain& chain, const Arm& arm) {
+    LineSums sums;
+    for (int k = 0; k < arm.count; ++k) sums.Add(chain[arm.start + k * arm.step]);
+    return sums.Best(Minus(chain[arm.start + (arm.count - 1) * arm.step], chain[arm.start]));
 }
 
 /// 0 where the chain goes straight on, growing with the turn to 1 at a right angle and 2 at a reversal.
@@ -111,15 +116,17 @@ void CyclicChain::Assign(std::span<const Crossing> points) {
 }
 
 bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit) {
-    const Arm back = StraightArm(chain, i - unit, -1, test.looseness, unit);
-    if (back.length / 4 <= test.bulge) return false;
-    const Arm forward = StraightArm(chain, i + unit, 1, test.looseness, unit);
-    const double shorter = std::min(back.length, forward.length);
+    const Arm backArm = LongestArm(chain, i - unit, -1, test.looseness, unit);
+    if (backArm.length / 4 <= test.bulge) return false;
+    const Arm forwardArm = LongestArm(chain, i + unit, 1, test.looseness, unit);
+    const double quarter = std::min(backArm.length, forwardArm.length) / 4;
+    if (quarter <= test.bulge) return false;
+    const Line back = LineOf(chain, backArm);
+    const Line forward = LineOf(chain, forwardArm);
     // Both directions point away from the corner: straight on is a cosine of -1.
-    const double cosine = Dot(back.line.direction, forward.line.direction);
-    const double halfTurn = std::sqrt(std::max(0.0, (1 + cosine) / 2));
-    if (shorter / 4 * halfTurn <= test.bulge) return false;
-    m_corners.push_back({i, MeetingPoint(back.line, forward.line, chain[i], unit), back.line, forward.line});
+    const double halfTurn = std::sqrt(std::max(0.0, (1 + Dot(back.direction, forward.direction)) / 2));
+    if (quarter * halfTurn <= test.bulge) return false;
+    m_corners.push_back({i, MeetingPoint(back, forward, chain[i], unit), back, forward});
     return true;
 }
 

@@ -43,22 +43,21 @@ struct Powers {
     double Second(double u) const { return 6 * d * u + 2 * c; }
 };
 
-/// A point's squared distance from the curve's point at a parameter, and the parameter after one
-/// Newton step towards the nearest point.
-struct Measure {
-    double square;
-    double corrected;
-};
+double SquareAt(const Powers& x, const Powers& y, double px, double py, double u) {
+    const double offX = x.At(u) - px;
+    const double offY = y.At(u) - py;
+    return offX * offX + offY * offY;
+}
 
-inline Measure MeasureAt(const Powers& x, const Powers& y, double px, double py, double u) {
+/// The parameter after one Newton step from `u` towards that of the curve's point nearest to a point.
+double Corrected(const Powers& x, const Powers& y, double px, double py, double u) {
     const double offX = x.At(u) - px;
     const double offY = y.At(u) - py;
     const double firstX = x.First(u);
     const double firstY = y.First(u);
     const double slope = firstX * firstX + firstY * firstY + offX * x.Second(u) + offY * y.Second(u);
-    double step = (offX * firstX + offY * firstY) / slope;
-    step = slope > 1e-12 ? step : 0;
-    return {offX * offX + offY * offY, std::clamp(u - step, 0.0, 1.0)};
+    const double step = slope > 1e-12 ? (offX * firstX + offY * firstY) / slope : 0;
+    return std::clamp(u - step, 0.0, 1.0);
 }
 
 }  // namespace
@@ -134,19 +133,24 @@ bool RunFitter::Solve(double length, const End& start, const End& finish, Cubic&
     return Dot(h1, early) > 0 && Dot(h2, late) > 0;
 }
 
-/// The largest squared distance of a sample from the curve at its parameter; leaves in m_corrected
-/// what the parameters would better be.
-double RunFitter::MeasureAndCorrect(const Cubic& c) {
+/// The largest squared distance of a sample from the curve at its parameter.
+double RunFitter::WorstSquare(const Cubic& c) const {
     const Powers x(c.p0.x, c.p1.x, c.p2.x, c.p3.x);
     const Powers y(c.p0.y, c.p1.y, c.p2.y, c.p3.y);
     const auto count = static_cast<std::size_t>(m_sampleCount);
     double worst = 0;
     for (std::size_t k = 0; k < count; ++k) {
-        const Measure measure = MeasureAt(x, y, m_x[k], m_y[k], m_u[k]);
-        m_corrected[k] = measure.corrected;
-        worst = measure.square > worst ? measure.square : worst;
+        const double square = SquareAt(x, y, m_x[k], m_y[k], m_u[k]);
+        worst = square > worst ? square : worst;
     }
     return worst;
+}
+
+void RunFitter::CorrectParameters(const Cubic& c) {
+    const Powers x(c.p0.x, c.p1.x, c.p2.x, c.p3.x);
+    const Powers y(c.p0.y, c.p1.y, c.p2.y, c.p3.y);
+    const auto count = static_cast<std::size_t>(m_sampleCount);
+    for (std::size_t k = 0; k < count; ++k) m_u[k] = Corrected(x, y, m_x[k], m_y[k], m_u[k]);
 }
 
 /// Whether the points between the samples are followed as well.
@@ -163,8 +167,7 @@ bool RunFitter::FollowsAll(int first, int last, const Cubic& c, double limit) co
         for (int j = 1; j < gap; ++j, ++i) {
             const Crossing p = m_points[static_cast<std::size_t>(i)];
             const double u = before + (at - before) * j / gap;
-            const double better = MeasureAt(x, y, p.x, p.y, u).corrected;
-            if (MeasureAt(x, y, p.x, p.y, better).square > limit) return false;
+            if (SquareAt(x, y, p.x, p.y, Corrected(x, y, p.x, p.y, u)) > limit) return false;
         }
         ++i;
         before = at;
@@ -196,12 +199,12 @@ bool RunFitter::FitPiece(int first, int last, const End& start, const End& finis
     double before = 16 * limit;
     for (int pass = 0; pass <= corrections; ++pass) {
         if (!Solve(length, start, finish, c)) return false;
-        const double worst = MeasureAndCorrect(c);
+        const double worst = WorstSquare(c);
         if (worst <= limit) return FollowsAll(first, last, c, limit);
         // A correction that gained less than this will not get there in the passes that are left.
         if (worst > 0.9 * before) return false;
         before = worst;
-        m_u.swap(m_corrected);
+        CorrectParameters(c);
     }
     return false;
 }

@@ -43,7 +43,8 @@ class RunFitter {
     bool FitPiece(int first, int last, const End& start, const End& finish, Cubic& c);
     void TakeSamples(int first, int last);
     bool Solve(double length, const End& start, const End& finish, Cubic& c) const;
-    double MeasureAndCorrect(const Cubic& c);
+    double WorstSquare(const Cubic& c) const;
+    void CorrectParameters(const Cubic& c);
     bool FollowsAll(int first, int last, const Cubic& c, double limit) const;
     double LimitFor(double length) const;
     End JointAt(int i) const;
@@ -57,13 +58,12 @@ class RunFitter {
     std::vector<double> m_length;  // of the chain up to each point of the run
 
     // The points that a trial looks at: every m_stride-th of the piece, with their parameters on the
-    // curve and what a correction would make of these.
+    // curve.
     int m_stride = 1;
     int m_sampleCount = 0;
     std::array<double, sampleLimit + 1> m_x;
     std::array<double, sampleLimit + 1> m_y;
     std::array<double, sampleLimit + 1> m_u;
-    std::array<double, sampleLimit + 1> m_corrected;
 };
 
 }  // namespace tarvex::contours
