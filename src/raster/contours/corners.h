@@ -99,10 +99,10 @@ struct Tuning {
 /// At a point where the chain turns most in its neighbourhood, the two arms are the longest straight
 /// pieces on either side, at most 16 pixels each. A smooth curve that follows both arms to their
 /// middles would miss the point by l/4 · sin(turn/2), l being the shorter arm. On a circle of any
-/// radius this comes to about one and a half times the looseness, since a tighter circle has shorter straight
-/// pieces; at a corner it grows with the arms. So one limit separates corners from curves at every size.
-/// Edges that lie on the grid are clean even where all others are stairs, and show smaller corners: either
-/// test will do.
+/// radius this comes to one and a half times the looseness or a little more, since a tighter circle has
+/// shorter straight pieces; at a corner it grows with the arms. So one limit separates corners from curves at
+/// every size. Edges that lie on the grid are clean even where all others are stairs, and show smaller
+/// corners: either test will do.
 class CornerFinder {
   public:
     const std::vector<Corner>& Find(const CyclicChain& chain, const Tuning& tuning);

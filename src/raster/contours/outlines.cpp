@@ -20,7 +20,7 @@ constexpr int largestDetail = 16;
 /// Stairs of a two-level picture lie up to half a pixel off the edge they stand for; anti-aliased edges
 /// lie where they are, give or take the grey's noise.
 Tuning TuningFor(bool soft, double tolerance) {
-    constexpr ArmTest clean{0.2, 0.48};
+    constexpr ArmTest clean{0.15, 0.33};
     Tuning tuning = soft ? Tuning{clean, clean, 0.25, 0.28, 0.34, 4, 1}
                          : Tuning{clean, {0.75, 1.3}, 0.55, 0.53, 0.6, 8, 1};
     if (tolerance > 0) {
