@@ -2,4 +2,5 @@
 #pragma once
 
 #include "tarvex/lines.h"
+#include "tarvex/polygons.h"
 #include "tarvex/view.h"

@@ -1,0 +1,301 @@
+// Rectangles of polygons, points on and in them, and their crossings with lines.
+#include "support/precompiled.h"
+
+#include <climits>
+
+#include "tarvex/geometry.h"
+
+namespace tarvex {
+
+static void PrintTo(const CRect& r, std::ostream* out) {
+    *out << "(" << r.left << ", " << r.top << ", " << r.right << ", " << r.bottom << ")";
+}
+
+namespace {
+
+constexpr double INF = std::numeric_limits<double>::infinity();
+const double NOT_A_NUMBER = std::nan("");
+
+using DPoints = CArray<DPOINT, DPOINT>;
+using IPoints = CArray<tagPOINT, tagPOINT>;
+
+template <class Array, class Point>
+std::unique_ptr<Array> Make(std::initializer_list<Point> points) {
+    auto made = std::make_unique<Array>();
+    for (const Point& p : points) made->Add(p);
+    return made;
+}
+
+auto Polyline(std::initializer_list<DPOINT> points) { return Make<DPoints>(points); }
+
+void Expect(const DRECT& r, double left, double right, double top, double bottom) {
+    EXPECT_EQ(r.left, left);
+    EXPECT_EQ(r.right, right);
+    EXPECT_EQ(r.top, top);
+    EXPECT_EQ(r.bottom, bottom);
+}
+
+TEST(PolygonRect, SpansThePointsAndIsZeroWithoutAny) {
+    const tagPOINT integers[] = {{3, -4}, {-1, 9}, {2, 2}};
+    EXPECT_EQ(GetPolygonRect(integers, 3), CRect(-1, -4, 3, 9));
+    EXPECT_EQ(GetPolygonRect(integers, 1), CRect(3, -4, 3, -4));
+    EXPECT_EQ(GetPolygonRect(integers, 0), CRect());
+    EXPECT_EQ(GetPolygonRect(integers, -1), CRect());
+
+    const DPOINT doubles[] = {{3.9, -4.9}, {-1.9, 1e300}, {0, NOT_A_NUMBER}};
+    EXPECT_EQ(GetPolygonRect(doubles, 3), CRect(-1, -4, 3, INT_MAX)) << "truncated towards zero, saturated";
+
+    Expect(GetPolygonRect(*Polyline({})), 0, 0, 0, 0);
+    Expect(GetPolygonRect(*Polyline({{1, 9}, {-3, 2}, {NOT_A_NUMBER, 5}, {0, INF}})), -3, 1, 2, INF);
+}
+
+TEST(PolygonRect, OfSeveralContoursSkipsEmptyOnes) {
+    CPolyPolyDPoint contours;
+    Expect(GetPolyPolygonRect(contours), 0, 0, 0, 0);
+    contours.Add(Polyline({}));
+    Expect(GetPolyPolygonRect(contours), 0, 0, 0, 0);
+    contours.Add(Polyline({{5, 6}}));
+    contours.SetAtGrow(2, nullptr);
+    contours.Add(Polyline({{7, 3}, {8, 4}}));
+    Expect(GetPolyPolygonRect(contours), 5, 8, 3, 6);
+}
+
+TEST(PointOnPolyline, IsWithinTheToleranceOfASegmentInclusive) {
+    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
+    struct Case {
+        DPOINT p;
+        double tol;
+        int expected;
+    };
+    for (const Case& c : {Case{{5, 0}, 0, 1},
+                          {{5, 2}, 2, 1},
+                          {{5, 2}, 1.999, 0},
+                          {{10, 5}, 0, 1},
+                          {{-3, 4}, 5, 1},
+                          {{-3, 4}, 4.999, 0},
+                          {{13, 14}, 5, 1},
+                          {{5, 0}, -1, 0},
+                          {{5, 0}, NOT_A_NUMBER, 0},
+                          {{NOT_A_NUMBER, 0}, 5, 0}}) {
+        EXPECT_EQ(IsPointOnPolyline(*bent, c.p, c.tol), c.expected) << c.p.x << ", " << c.p.y << " " << c.tol;
+    }
+    EXPECT_EQ(IsPointOnPolyline(*Polyline({{1, 1}}), {1, 1}, 5), 0) << "no segment";
+    EXPECT_EQ(IsPointOnPolyline(*Polyline({}), {1, 1}, 5), 0);
+    EXPECT_EQ(IsPointOnPolyline(*Polyline({{1, 1}, {1, 1}}), {1, 1}, 0), 1);
+}
+
+int Inside(const std::vector<tagPOINT>& polygon, tagPOINT p) {
+    const int n = static_cast<int>(polygon.size());
+    const CRect rc = GetPolygonRect(polygon.data(), n);
+    return IsPointInPolygon(polygon.data(), n, p, &rc);
+}
+
+TEST(PointInPolygon, TreatsLeftAndRightEdgesOfASquareDifferently) {
+    const std::vector<tagPOINT> square{{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}};
+    EXPECT_EQ(Inside(square, {5, 5}), 1);
+    EXPECT_EQ(Inside(square, {0, 5}), 1) << "its ray meets only the left edge";
+    EXPECT_EQ(Inside(square, {10, 5}), 0) << "its ray meets both";
+    EXPECT_EQ(Inside(square, {11, 5}), 0);
+    EXPECT_EQ(Inside(square, {-1, 5}), 0);
+}
+
+TEST(PointInPolygon, CountsAVertexOnTheRayOnlyWhereTheBoundaryCrosses) {
+    struct Case {
+        const char* what;
+        std::vector<tagPOINT> polygon;
+        tagPOINT p;
+        int expected;
+    };
+    for (const Case& c : {
+             Case{"past an apex", {{0, 0}, {4, 5}, {8, 0}, {20, 0}, {20, 10}, {0, 10}, {0, 0}}, {10, 5}, 1},
+             {"past two apexes",
+              {{0, 0}, {3, 5}, {6, 0}, {9, 5}, {12, 0}, {20, 0}, {20, 10}, {0, 10}, {0, 0}},
+              {15, 5},
+              1},
+             {"through a vertex that goes on",
+              {{0, 0}, {4, 5}, {0, 10}, {20, 10}, {20, 0}, {0, 0}},
+              {10, 5},
+              1},
+             {"the same the other way round",
+              {{0, 0}, {20, 0}, {20, 10}, {0, 10}, {4, 5}, {0, 0}},
+              {10, 5},
+              1},
+             {"outside, beyond a diamond's corner", {{0, 5}, {5, 0}, {10, 5}, {5, 10}, {0, 5}}, {10, 5}, 0},
+             {"a diamond's middle", {{0, 5}, {5, 0}, {10, 5}, {5, 10}, {0, 5}}, {5, 5}, 1},
+             {"a level step that goes on",
+              {{0, 0}, {0, 5}, {5, 5}, {5, 10}, {20, 10}, {20, 0}, {0, 0}},
+              {10, 5},
+              1},
+             {"a level step that turns back",
+              {{0, 10}, {0, 5}, {5, 5}, {5, 10}, {7, 10}, {7, 0}, {20, 0}, {20, 12}, {0, 12}, {0, 10}},
+              {10, 5},
+              1},
+             {"a step of several points",
+              {{0, 0}, {0, 5}, {2, 5}, {3, 5}, {5, 5}, {5, 10}, {20, 10}, {20, 0}, {0, 0}},
+              {10, 5},
+              1},
+             {"a step over the closing",
+              {{3, 5}, {5, 5}, {5, 10}, {20, 10}, {20, 0}, {0, 0}, {0, 5}, {3, 5}},
+              {10, 5},
+              1},
+             {"a step from the closing on",
+              {{0, 5}, {5, 5}, {5, 10}, {20, 10}, {20, 0}, {0, 0}, {0, 5}},
+              {10, 5},
+              1},
+             {"all on one level", {{0, 5}, {5, 5}, {9, 5}, {0, 5}}, {5, 5}, 0},
+             {"a point", {{5, 5}}, {5, 5}, 0},
+             {"a point twice", {{5, 5}, {5, 5}}, {5, 5}, 0},
+             {"nothing", {}, {0, 0}, 0},
+         }) {
+        EXPECT_EQ(Inside(c.polygon, c.p), c.expected) << c.what;
+    }
+}
+
+// Vertices at even y, points at odd y: no ray meets a vertex, and plain counting in integers is right.
+TEST(PointInPolygon, AgreesWithIntegerCrossingCountsAwayFromVerticesAndEdges) {
+    std::mt19937 random(11);
+    std::uniform_int_distribution<int> coordinate(-50, 50);
+    for (int round = 0; round < 300; ++round) {
+        std::vector<tagPOINT> polygon;
+        for (int i = 0; i < 3 + round % 20; ++i)
+            polygon.push_back({coordinate(random), 2 * coordinate(random)});
+        polygon.push_back(polygon.front());
+        for (int i = 0; i < 50; ++i) {
+            const tagPOINT p{coordinate(random), 2 * coordinate(random) + 1};
+            int crossings = 0;
+            bool onEdge = false;
+            for (std::size_t j = 0; j + 1 < polygon.size(); ++j) {
+                const auto [a, b] =
+                    std::minmax(polygon[j], polygon[j + 1], [](auto& u, auto& v) { return u.y < v.y; });
+                if (p.y < a.y || p.y > b.y) continue;
+                const int cross = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+                onEdge = onEdge || cross == 0;
+                crossings += cross < 0;
+            }
+            if (!onEdge) {
+                ASSERT_EQ(Inside(polygon, p), crossings % 2);
+            }
+        }
+    }
+}
+
+TEST(PointInPolygon, TakesTheFullRangeOfIntegersAndNeedsARectangle) {
+    const std::vector<tagPOINT> world{
+        {INT_MIN, INT_MIN}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}, {INT_MIN, INT_MIN}};
+    EXPECT_EQ(Inside(world, {0, 0}), 1);
+    EXPECT_EQ(Inside(world, {INT_MIN, 0}), 1);
+    EXPECT_EQ(Inside(world, {INT_MAX, 0}), 0);
+    EXPECT_EQ(IsPointInPolygon(world.data(), 5, {0, 0}, nullptr), 0);
+
+    const auto array = Make<IPoints, tagPOINT>({{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}});
+    const tagRECT rc{0, 0, 4, 4};
+    const tagRECT elsewhere{3, 3, 4, 4};
+    EXPECT_EQ(IsPointInPolygon(*array, {2, 2}, &rc), 1);
+    EXPECT_EQ(IsPointInPolygon(*array, {2, 2}, &elsewhere), 0) << "the rectangle is believed";
+}
+
+TEST(PointInPolygon, RoundsDoublesToTheIntegerGrid) {
+    const auto square = Polyline({{0, 0}, {10.4, 0}, {10.4, 9.6}, {-0.5, 10}, {0, 0}});
+    const DRECT rc = GetPolygonRect(*square);
+    EXPECT_EQ(IsPointInPolygon(*square, {5, 5}, &rc), 1);
+    EXPECT_EQ(IsPointInPolygon(*square, {-0.5, 5}, &rc), 1) << "rounds up to the left edge";
+    EXPECT_EQ(IsPointInPolygon(*square, {-0.51, 5}, &rc), 0);
+    EXPECT_EQ(IsPointInPolygon(*square, {9.49, 5}, &rc), 1);
+    EXPECT_EQ(IsPointInPolygon(*square, {9.5, 5}, &rc), 0) << "rounds up to the right edge";
+    EXPECT_EQ(IsPointInPolygon(*square, DPOINT{5, 5}, nullptr), 0);
+
+    const auto wild =
+        Polyline({{-INF, -1e300}, {INF, -1e300}, {1e300, INF}, {NOT_A_NUMBER, INF}, {-INF, -1e300}});
+    const DRECT wildRect = GetPolygonRect(*wild);
+    IsPointInPolygon(*wild, {0, 0}, &wildRect);
+    IsPointInPolygon(*wild, {NOT_A_NUMBER, INF}, &wildRect);
+}
+
+TEST(PointInPolygon, OfSeveralContoursIsEvenOdd) {
+    CPolyPolyDPoint contours;
+    contours.Add(Polyline({{0, 0}, {30, 0}, {30, 30}, {0, 30}, {0, 0}}));
+    contours.SetAtGrow(1, nullptr);
+    contours.Add(Polyline({{10, 10}, {20, 10}, {20, 20}, {10, 20}, {10, 10}}));
+    EXPECT_EQ(IsPointInPolygon(contours, {5, 5}), 1);
+    EXPECT_EQ(IsPointInPolygon(contours, {15, 15}), 0) << "a hole";
+    EXPECT_EQ(IsPointInPolygon(contours, {35, 15}), 0);
+    contours.Add(Polyline({{12, 12}, {18, 12}, {18, 18}, {12, 18}, {12, 12}}));
+    EXPECT_EQ(IsPointInPolygon(contours, {15, 15}), 1) << "an island in the hole";
+}
+
+TEST(FirstCrossing, RangeChecksThePolylineAloneAndPresetsAnEnd) {
+    const auto zigzag = Polyline({{0, 0}, {10, 10}, {20, 0}, {30, 10}});
+    struct Case {
+        const char* what;
+        DLINE line;
+        int from, result, index;
+        DPOINT hit;
+    };
+    for (const Case& c : {
+             Case{"the line is infinite", {{100, 5}, {101, 5}}, 0, 1, 0, {5, 5}},
+             {"from a later segment", {{100, 5}, {101, 5}}, 1, 1, 1, {15, 5}},
+             {"from the last", {{100, 5}, {101, 5}}, 2, 1, 2, {25, 5}},
+             {"no hit, early start", {{0, 50}, {1, 50}}, 2, 0, 2, {0, 0}},
+             {"no hit, late start", {{0, 50}, {1, 50}}, 3, 0, 3, {30, 10}},
+             {"no hit, far beyond", {{0, 5}, {1, 5}}, INT_MAX, 0, INT_MAX, {30, 10}},
+             {"before the start", {{100, 5}, {101, 5}}, INT_MIN, 1, 0, {5, 5}},
+             {"at a vertex", {{10, 0}, {10, 1}}, 0, 1, 0, {10, 10}},
+             {"no line", {{5, 5}, {5, 5}}, 0, 0, 0, {0, 0}},
+         }) {
+        DPOINT hit{777, 777};
+        int index = c.from;
+        EXPECT_EQ(GetPolyLineWithLineIntersectionFirst(*zigzag, c.line, hit, index), c.result) << c.what;
+        EXPECT_EQ(hit, c.hit) << c.what;
+        EXPECT_EQ(index, c.index) << c.what;
+    }
+    DPOINT hit{777, 777};
+    int index = 5;
+    EXPECT_EQ(GetPolyLineWithLineIntersectionFirst(*Polyline({}), {{0, 0}, {1, 1}}, hit, index), 0);
+    EXPECT_EQ(hit, (DPOINT{0, 0}));
+}
+
+TEST(SegmentCrossings, TakeAVertexOnceAndAppend) {
+    const auto zigzag = Polyline({{0, 0}, {10, 10}, {20, 0}, {30, 10}});
+    DPoints hits;
+    EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, {{0, 5}, {20, 5}}, hits), 1);
+    ASSERT_EQ(hits.GetSize(), 2);
+    EXPECT_EQ(hits[0], (DPOINT{5, 5}));
+    EXPECT_EQ(hits[1], (DPOINT{15, 5}));
+
+    EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, {{0, 10}, {25, 10}}, hits), 1);
+    ASSERT_EQ(hits.GetSize(), 3) << "appended, the vertex once";
+    EXPECT_EQ(hits[2], (DPOINT{10, 10}));
+
+    EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, {{30, 0}, {30, 20}}, hits), 0)
+        << "the very end is nobody's start";
+    EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, {{0, 5}, {4, 5}}, hits), 0)
+        << "the segment ends before";
+    EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, {{-9, 5}, {-4, 5}}, hits), 0);
+    EXPECT_EQ(hits.GetSize(), 3);
+}
+
+TEST(SegmentCrossings, PreferTheOneNearestToTheMiddleAndTheFirstOfEquals) {
+    const auto zigzag = Polyline({{0, 0}, {10, 10}, {20, 0}, {30, 10}});
+    struct Case {
+        DLINE segment;
+        int from, result, index;
+        DPOINT hit;
+    };
+    for (const Case& c : {Case{{{0, 5}, {30, 5}}, 0, 1, 1, {15, 5}},
+                          {{{0, 5}, {20, 5}}, 0, 1, 0, {5, 5}},
+                          {{{0, 5}, {20, 5}}, 1, 1, 1, {15, 5}},
+                          {{{0, 5}, {50, 5}}, 0, 1, 2, {25, 5}},
+                          {{{0, 50}, {50, 50}}, -7, 0, -7, {777, 777}},
+                          {{{0, 5}, {50, 5}}, 3, 0, 3, {777, 777}},
+                          {{{0, 5}, {50, 5}}, INT_MAX, 0, INT_MAX, {777, 777}},
+                          {{{0, 5}, {20, 5}}, INT_MIN, 1, 0, {5, 5}}}) {
+        DPOINT hit{777, 777};
+        int index = c.from;
+        EXPECT_EQ(GetPolyLineWithLineSegIntersection(*zigzag, c.segment, hit, index), c.result);
+        EXPECT_EQ(hit, c.hit);
+        EXPECT_EQ(index, c.index);
+    }
+}
+
+}  // namespace
+}  // namespace tarvex

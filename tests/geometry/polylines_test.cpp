@@ -1,0 +1,237 @@
+// Arc length, orientation and integer lines.
+#include "support/precompiled.h"
+
+#include <climits>
+
+#include "tarvex/geometry.h"
+
+namespace tarvex {
+namespace {
+
+const double NOT_A_NUMBER = std::nan("");
+
+using DPoints = CArray<DPOINT, DPOINT>;
+using Nodes = CArray<BPOINT, BPOINT>;
+
+std::unique_ptr<DPoints> Polyline(std::initializer_list<DPOINT> points) {
+    auto made = std::make_unique<DPoints>();
+    for (const DPOINT& p : points) made->Add(p);
+    return made;
+}
+
+TEST(PolylineLength, SumsChordsInEveryKindOfArray) {
+    EXPECT_EQ(GetPolylineLength(*Polyline({})), 0);
+    EXPECT_EQ(GetPolylineLength(*Polyline({{3, 4}})), 0);
+    const auto bent = Polyline({{0, 0}, {3, 4}, {3, 10}, {3, 10}, {5, 10}});
+    EXPECT_EQ(GetPolylineLength(*bent), 13);
+    for (const auto& [count, length] : {std::pair{-1, 0.0},
+                                        {0, 0},
+                                        {1, 5},
+                                        {2, 11},
+                                        {3, 11},
+                                        {4, 13},
+                                        {99, 13},
+                                        {INT_MAX, 13},
+                                        {INT_MIN, 0}}) {
+        EXPECT_EQ(GetPolylineLength(*bent, count), length) << count;
+    }
+
+    CArray<tagPOINT, tagPOINT> integers;
+    integers.Add({INT_MIN, 0});
+    integers.Add({INT_MAX, 0});
+    EXPECT_EQ(GetPolylineLength(integers), 4294967295.0) << "differences beyond an int";
+
+    Nodes nodes;
+    nodes.Add({{9, 9}, {0, 0}, {50, 50}});
+    nodes.Add({{7, 7}, {3, 4}, {1, 1}});
+    EXPECT_EQ(GetPolylineLength(nodes), 5) << "anchor to anchor";
+}
+
+TEST(PolylinePoint, LiesAtTheFractionMirroredBeforeTheStartAndExtendedPastTheEnd) {
+    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
+    struct Case {
+        double t;
+        DPOINT point;
+        int segment;
+    };
+    for (const Case& c : {Case{0, {0, 0}, 0},
+                          {0.25, {5, 0}, 0},
+                          {0.5, {10, 0}, 0},
+                          {0.75, {10, 5}, 1},
+                          {1, {10, 10}, 1},
+                          {1.5, {10, 20}, 1},
+                          {-0.1, {2, 0}, 0},
+                          {-1, {20, 0}, 0}}) {
+        int segment = 777;
+        EXPECT_EQ(GetPolylinePoint(*bent, c.t, &segment), c.point) << c.t;
+        EXPECT_EQ(segment, c.segment) << c.t;
+    }
+    EXPECT_EQ(GetPolylinePoint(*bent, 0.75, nullptr), (DPOINT{10, 5}));
+
+    int segment = 777;
+    EXPECT_EQ(GetPolylinePoint(*Polyline({}), 0.5, &segment), (DPOINT{0, 0}));
+    EXPECT_EQ(segment, 0);
+    segment = 777;
+    EXPECT_EQ(GetPolylinePoint(*Polyline({{3, 4}}), 2, &segment), (DPOINT{3, 4}));
+    EXPECT_EQ(segment, 0);
+    EXPECT_EQ(GetPolylinePoint(*Polyline({{3, 4}, {3, 4}}), 0.5, &segment), (DPOINT{3, 4}));
+    GetPolylinePoint(*bent, NOT_A_NUMBER, &segment);
+    EXPECT_EQ(segment, 0);
+    GetPolylinePoint(*Polyline({{NOT_A_NUMBER, 4}, {3, 4}}), 0.5, &segment);
+    EXPECT_EQ(segment, 0);
+}
+
+TEST(PolylinePoint, AndItsFractionAreInverse) {
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> coordinate(-100, 100), fraction(0, 1);
+    for (int round = 0; round < 200; ++round) {
+        DPoints polyline;
+        for (int i = 0; i < 2 + round % 9; ++i) polyline.Add({coordinate(random), coordinate(random)});
+        const double t = fraction(random);
+        int segment = -1;
+        const DPOINT p = GetPolylinePoint(polyline, t, &segment);
+        EXPECT_NEAR(GetPolylineT(polyline, segment, p), t, 1e-12);
+        DPOINT closest;
+        int found = -1;
+        EXPECT_TRUE(GetPolylineClosestPoint(polyline, p, &found, &closest));
+        EXPECT_NEAR(std::hypot(closest.x - p.x, closest.y - p.y), 0, 1e-9);
+    }
+}
+
+TEST(ClosestPoint, IsTheNearestFootOrEndAndTheFirstOfEquals) {
+    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
+    struct Case {
+        DPOINT p, closest;
+        int segment;
+    };
+    for (const Case& c : {Case{{4, 3}, {4, 0}, 0},
+                          {{-3, -4}, {0, 0}, 0},
+                          {{12, 6}, {10, 6}, 1},
+                          {{15, -5}, {10, 0}, 0},
+                          {{7, 3}, {7, 0}, 0},
+                          {{9, 30}, {10, 10}, 1}}) {
+        int segment = 777;
+        DPOINT point{777, 777};
+        EXPECT_TRUE(GetPolylineClosestPoint(*bent, c.p, &segment, &point));
+        EXPECT_EQ(point, c.closest);
+        EXPECT_EQ(segment, c.segment);
+    }
+    EXPECT_TRUE(GetPolylineClosestPoint(*bent, {4, 3}, nullptr, nullptr));
+    for (const auto& none : {Polyline({}), Polyline({{1, 1}}), Polyline({{1e11, 0}, {2e11, 0}}),
+                             Polyline({{NOT_A_NUMBER, 0}, {0, 0}})}) {
+        int segment = 777;
+        DPOINT point{777, 777};
+        EXPECT_TRUE(GetPolylineClosestPoint(*none, {0, NOT_A_NUMBER}, &segment, &point));
+        EXPECT_EQ(segment, 0);
+        EXPECT_EQ(point, (DPOINT{777, 777}));
+    }
+    DPOINT point;
+    GetPolylineClosestPoint(*Polyline({{1e11, 0}, {2e11, 0}}), {0, 0}, nullptr, &point);
+    EXPECT_EQ(point, (DPOINT{0, 0})) << "nothing within reach";
+}
+
+TEST(PolylineT, AddsTheStraightDistanceAndKnowsOnlySegmentsThatAreThere) {
+    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
+    EXPECT_EQ(GetPolylineT(*bent, 0, {5, 0}), 0.25);
+    EXPECT_EQ(GetPolylineT(*bent, 1, {10, 5}), 0.75);
+    EXPECT_EQ(GetPolylineT(*bent, 0, {3, 4}), 0.25) << "not projected";
+    EXPECT_EQ(GetPolylineT(*bent, 2, {0, 0}), 1);
+    for (const int segment : {-1, 3, INT_MAX, INT_MIN}) EXPECT_EQ(GetPolylineT(*bent, segment, {5, 0}), 0);
+    const auto tiny = Polyline({{0, 0}, {0.999, 0}});
+    EXPECT_EQ(GetPolylineT(*tiny, 0, {0.5, 0}), 0);
+    EXPECT_EQ(GetPolylineT(*tiny, 1, {0.5, 0}), 1);
+    EXPECT_EQ(GetPolylineT(*Polyline({{0, 0}, {1, 0}}), 0, {0.5, 0}), 0.5);
+}
+
+TEST(Orientation, IsClockwiseOnAScreenAndForFlatContours) {
+    EXPECT_TRUE(IsClockwise(*Polyline({{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}})));
+    EXPECT_FALSE(IsClockwise(*Polyline({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}})));
+    EXPECT_FALSE(IsClockwise(*Polyline({{0, 0}, {0, 10}, {10, 10}}))) << "wraps without being closed";
+    EXPECT_TRUE(IsClockwise(*Polyline({})));
+    EXPECT_TRUE(IsClockwise(*Polyline({{5, 5}})));
+    EXPECT_TRUE(IsClockwise(*Polyline({{0, 0}, {5, 5}, {0, 0}})));
+}
+
+TEST(Orientation, ReversesOnlyContoursThatRunTheOtherWay) {
+    const auto square = Polyline({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}});
+    SetOrientation(*square, false);
+    EXPECT_EQ((*square)[1], (DPOINT{0, 10}));
+    SetOrientation(*square, true);
+    EXPECT_EQ((*square)[1], (DPOINT{10, 0}));
+    EXPECT_EQ((*square)[3], (DPOINT{0, 10}));
+    SetOrientation(*square, true);
+    EXPECT_EQ((*square)[1], (DPOINT{10, 0}));
+
+    const auto flat = Polyline({{0, 0}, {5, 5}, {7, 7}});
+    SetOrientation(*flat, false);
+    EXPECT_EQ((*flat)[0], (DPOINT{7, 7}));
+    SetOrientation(*flat, false);
+    EXPECT_EQ((*flat)[0], (DPOINT{0, 0})) << "a flat contour is reversed at every call";
+    const auto single = Polyline({{5, 5}});
+    SetOrientation(*single, false);
+}
+
+TEST(Orientation, OfNodesKeepsTheCurveByExchangingHandles) {
+    Nodes nodes;
+    nodes.Add({{-1, 0}, {0, 0}, {0, 1}});
+    nodes.Add({{0, 9}, {0, 10}, {1, 10}});
+    nodes.Add({{9, 10}, {10, 10}, {10, 9}});
+    nodes[1].flags = 7;
+    EXPECT_FALSE(IsClockwise(nodes));
+    SetOrientation(nodes, true);
+    EXPECT_TRUE(IsClockwise(nodes));
+    EXPECT_EQ(nodes[0].pt, (DPOINT{10, 10}));
+    EXPECT_EQ(nodes[0].cp2, (DPOINT{9, 10})) << "what came in now goes out";
+    EXPECT_EQ(nodes[1].cp1, (DPOINT{1, 10}));
+    EXPECT_EQ(nodes[1].cp2, (DPOINT{0, 9}));
+    EXPECT_EQ(nodes[1].flags, 7);
+    EXPECT_EQ(nodes[2].cp1, (DPOINT{0, 1}));
+}
+
+std::vector<std::pair<int, int>> Pixels(tagPOINT from, tagPOINT to) {
+    CArray<tagPOINT, tagPOINT> out;
+    out.Add({777, 777});
+    GetBresenhamPoints(from, to, out);
+    std::vector<std::pair<int, int>> pixels;
+    for (const tagPOINT& p : out) pixels.emplace_back(p.x, p.y);
+    return pixels;
+}
+
+TEST(BresenhamPoints, FollowTheLineFromEndToEnd) {
+    using P = std::pair<int, int>;
+    using testing::ElementsAre;
+    EXPECT_THAT(Pixels({0, 0}, {3, 1}), ElementsAre(P(0, 0), P(1, 0), P(2, 1), P(3, 1)));
+    EXPECT_THAT(Pixels({0, 0}, {2, 1}), ElementsAre(P(0, 0), P(1, 0), P(2, 1))) << "a tie stays level";
+    EXPECT_THAT(Pixels({3, 1}, {0, 0}), ElementsAre(P(3, 1), P(2, 1), P(1, 0), P(0, 0)));
+    EXPECT_THAT(Pixels({0, 0}, {-1, -2}), ElementsAre(P(0, 0), P(0, -1), P(-1, -2)));
+    EXPECT_THAT(Pixels({5, 5}, {5, 5}), ElementsAre(P(5, 5)));
+    EXPECT_THAT(Pixels({0, 0}, {2, -2}), ElementsAre(P(0, 0), P(1, -1), P(2, -2)));
+    EXPECT_THAT(Pixels({INT_MAX - 1, INT_MIN}, {INT_MAX, INT_MIN}),
+                ElementsAre(P(INT_MAX - 1, INT_MIN), P(INT_MAX, INT_MIN)));
+}
+
+TEST(BresenhamPoints, StayWithinHalfAPixelOfTheLine) {
+    std::mt19937 random(2);
+    std::uniform_int_distribution<int> coordinate(-300, 300);
+    for (int i = 0; i < 300; ++i) {
+        const tagPOINT a{coordinate(random), coordinate(random)}, b{coordinate(random), coordinate(random)};
+        const auto pixels = Pixels(a, b);
+        const int dx = b.x - a.x, dy = b.y - a.y;
+        const int longer = std::max(std::abs(dx), std::abs(dy));
+        ASSERT_EQ(static_cast<int>(pixels.size()), longer + 1);
+        EXPECT_EQ(pixels.back(), std::pair(b.x, b.y));
+        for (const auto& [x, y] : pixels) {
+            ASSERT_LE(2 * std::abs(dx * (y - a.y) - dy * (x - a.x)), longer);
+        }
+    }
+}
+
+TEST(BresenhamPoints, RaiseWhereNoArrayHoldsThem) {
+    CArray<tagPOINT, tagPOINT> out;
+    EXPECT_THROW(GetBresenhamPoints({INT_MIN, 0}, {INT_MAX, 5}, out), CMemoryException);
+    EXPECT_THROW(GetBresenhamPoints({0, INT_MAX}, {0, 0}, out), CMemoryException);
+    EXPECT_TRUE(out.IsEmpty());
+}
+
+}  // namespace
+}  // namespace tarvex
