@@ -3,6 +3,7 @@
 
 #include <numbers>
 
+#include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {

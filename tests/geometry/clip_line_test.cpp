@@ -1,6 +1,7 @@
 // Clipping a segment to a rectangle.
 #include "support/precompiled.h"
 
+#include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {

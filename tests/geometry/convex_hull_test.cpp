@@ -3,6 +3,7 @@
 
 #include <climits>
 
+#include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <numbers>
 
+#include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {
