@@ -16,6 +16,12 @@ using Action = std::function<int()>;
 
 /// `tarvex trace`.
 void AddTraceCommand(CLI::App& program, Action& action);
+/// `tarvex transform`.
+void AddTransformCommand(CLI::App& program, Action& action);
+/// `tarvex warp`.
+void AddWarpCommand(CLI::App& program, Action& action);
+/// `tarvex info`.
+void AddInfoCommand(CLI::App& program, Action& action);
 
 // ---------------------------------------------------------------------------------------------
 // What several commands' options share

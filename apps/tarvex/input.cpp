@@ -35,7 +35,7 @@ std::vector<std::uint8_t> ReadStream(std::FILE* stream, std::uint64_t expected, 
     std::size_t step = firstStep;
     for (;;) {
         const std::size_t before = bytes.size();
-        if (before >= limits.maxBytes) Fail(path, "the input is longer than any picture within the limit");
+        if (before >= limits.maxBytes) Fail(path, "the input is longer than the limit allows");
         bytes.resize(before + step);
         const std::size_t got = std::fread(bytes.data() + before, 1, step, stream);
         bytes.resize(before + got);

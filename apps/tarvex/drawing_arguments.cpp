@@ -1,0 +1,193 @@
+// The options of the commands on drawings: `tarvex transform`, `tarvex warp` and `tarvex info`.
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarvex/commands.h"
+#include "tarvex/decimal.h"
+#include "tarvex/info_command.h"
+#include "tarvex/svg_reader.h"
+#include "tarvex/transform_command.h"
+#include "tarvex/warp_command.h"
+
+namespace tarvex::app {
+
+namespace {
+
+constexpr const char* WARP_HELP = R"(Types (y is bent, x stays; --amount below 0 bends the other way):
+
+  1 dent-top      2 dent-bottom   3 waist         4 bulge-top     5 bulge-bottom
+  .           .   +-----------+   .           .      .-----.      +-----------+
+  |'-._____.-'|   |           |   |'-._____.-'|   .-'       '-.   |           |
+  |           |   | .-'"""'-. |   | .-'"""'-. |   |           |   '-.       .-'
+  +-----------+   '           '   '           '   +-----------+      '-----'
+
+  6 barrel        7 sag           8 arch          9 taper-left    10 taper-right
+     .-----.      .           .      .-----.               __.+   +.__
+  .-'       '-.   |'-._____.-'|   .-'       '-.   .___---''   |   |   ''---___.
+  '-.       .-'   '-.       .-'   | .-'"""'-. |   '---...__   |   |   __...---'
+     '-----'         '-----'      '           '            ''-+   +-''
+)";
+
+constexpr const char* TRANSFORM_HELP =
+    "The drawing is first scaled, then turned, both about the centre of its outlines, then moved.\n"
+    "x points right and y down; angles are degrees, and a positive one turns clockwise. With three\n"
+    "angles the drawing is turned in space, about z (the plane's own axis), then y, then x, and\n"
+    "projected straight onto the page.\n";
+
+constexpr const char* OUT_HELP =
+    "\nThe page grows to hold the result and never shrinks. What draws but is no outline (text, use,\n"
+    "image) is left out, with a word on standard error.\n";
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& wanted) {
+    throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
+}
+
+/// Finite numbers between commas, as many as `least` to `most`; `wanted` says what they are.
+std::vector<double> Numbers(const std::string& option, const std::string& text, std::size_t least,
+                            std::size_t most, const std::string& wanted) {
+    std::vector<double> numbers;
+    std::string_view rest = text;
+    for (;;) {
+        const std::size_t comma = rest.find(',');
+        const std::string_view one = rest.substr(0, comma);
+        double number = 0;
+        const auto [stopped, error] = std::from_chars(one.data(), one.data() + one.size(), number);
+        const bool isWhole = error == std::errc{} && stopped == one.data() + one.size();
+        if (!isWhole || !(std::fabs(number) < MAX_SVG_COORDINATE)) Refuse(option, text, wanted);
+        numbers.push_back(number);
+        if (comma == rest.npos) break;
+        rest.remove_prefix(comma + 1);
+    }
+    if (numbers.size() < least || numbers.size() > most) Refuse(option, text, wanted);
+    return numbers;
+}
+
+double Radians(double degrees) { return std::fmod(degrees, 360) * (std::numbers::pi / 180); }
+
+void RequireSvg(const std::string& output) {
+    const auto endsWithSvg = [&output] {
+        if (output.size() < 4) return false;
+        std::string ending = output.substr(output.size() - 4);
+        std::transform(ending.begin(), ending.end(), ending.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        return ending == ".svg";
+    };
+    if (output != "-" && !endsWithSvg()) throw CLI::ValidationError(output, "its ending is not .svg");
+}
+
+/// Adds what changing a drawing always takes.
+template <class Options>
+void AddDrawingOptions(CLI::App& command, Options& options) {
+    command.add_option("input", options.input, "SVG drawing; - is standard input")
+        ->required()
+        ->type_name("IN");
+    command.add_option("-o,--output", options.output, "SVG file to write; - is standard output")
+        ->required()
+        ->type_name("OUT");
+    AddAutoOrInteger(command, "--precision", options.precision, 0, MAX_PRECISION,
+                     "Decimals of coordinates (default auto: by the drawing's size)");
+}
+
+void AddText(CLI::App& command, const std::string& name, const std::string& type,
+             const std::string& description, const std::function<void(const std::string&)>& parse) {
+    command.add_option_function<std::string>(name, parse, description)->type_name(type);
+}
+
+void ParseWarpType(const std::string& text, int& type) {
+    for (std::size_t i = 0; i < WARP_NAMES.size(); ++i) {
+        if (text == WARP_NAMES[i] || text == std::to_string(i + 1)) {
+            type = static_cast<int>(i) + 1;
+            return;
+        }
+    }
+    Refuse("--type", text, "a type of warp: 1 to 10, or a name of theirs");
+}
+
+void ParseAmount(const std::string& text, WarpOptions& options) {
+    options.isPercent = !text.empty() && text.back() == '%';
+    const std::string number = options.isPercent ? text.substr(0, text.size() - 1) : text;
+    options.amount = Numbers("--amount", number, 1, 1, "a length, nor one in percent").front();
+}
+
+}  // namespace
+
+void AddTransformCommand(CLI::App& program, Action& action) {
+    CLI::App* command = program.add_subcommand("transform", "Scale, turn and move a drawing");
+    const auto options = std::make_shared<TransformOptions>();
+    AddDrawingOptions(*command, *options);
+    AddText(*command, "--rotate", "DEG|AX,AY,AZ", "Turn in the plane, or in space",
+            [options](const std::string& text) {
+                const auto n = Numbers("--rotate", text, 1, 3, "an angle, nor three angles AX,AY,AZ");
+                if (n.size() == 2) Refuse("--rotate", text, "an angle, nor three angles AX,AY,AZ");
+                options->angleZ = Radians(n.back());
+                options->angleX = n.size() == 3 ? Radians(n[0]) : 0;
+                options->angleY = n.size() == 3 ? Radians(n[1]) : 0;
+            });
+    AddText(*command, "--scale", "S|SX,SY", "Factor of size; negative ones mirror",
+            [options](const std::string& text) {
+                const auto n = Numbers("--scale", text, 1, 2, "a factor, nor two factors SX,SY");
+                options->scaleX = n.front();
+                options->scaleY = n.back();
+                if (options->scaleX == 0 || options->scaleY == 0)
+                    Refuse("--scale", text, "a factor other than 0");
+            });
+    AddText(*command, "--translate", "X,Y", "Move right and down", [options](const std::string& text) {
+        const auto n = Numbers("--translate", text, 2, 2, "two lengths X,Y");
+        options->move = {n[0], n[1]};
+    });
+    command->footer(std::string(TRANSFORM_HELP) + OUT_HELP);
+    command->callback([options, &action] {
+        RequireSvg(options->output);
+        action = [options] { return RunTransform(*options); };
+    });
+}
+
+void AddWarpCommand(CLI::App& program, Action& action) {
+    CLI::App* command = program.add_subcommand("warp", "Bend a drawing between two arcs");
+    const auto options = std::make_shared<WarpOptions>();
+    AddDrawingOptions(*command, *options);
+    command
+        ->add_option_function<std::string>(
+            "--type", [options](const std::string& text) { ParseWarpType(text, options->type); },
+            "How to bend: a number or a name, see below")
+        ->required()
+        ->type_name("TYPE");
+    command
+        ->add_option_function<std::string>(
+            "--amount", [options](const std::string& text) { ParseAmount(text, *options); },
+            "How far: a length in the drawing's units, or a percentage of its height")
+        ->required()
+        ->type_name("D|P%");
+    command->footer(std::string(WARP_HELP) + OUT_HELP);
+    command->callback([options, &action] {
+        RequireSvg(options->output);
+        action = [options] { return RunWarp(*options); };
+    });
+}
+
+void AddInfoCommand(CLI::App& program, Action& action) {
+    CLI::App* command =
+        program.add_subcommand("info", "Measure a drawing, or name a picture's size and format");
+    const auto options = std::make_shared<InfoOptions>();
+    command
+        ->add_option("input", options->input,
+                     "SVG drawing, or PNG, JPEG, BMP or PNM picture; - is standard input")
+        ->required()
+        ->type_name("IN");
+    command->add_flag("--json", options->asJson, "Print JSON")->disable_flag_override();
+    AddMaxPixels(*command, options->maxPixels);
+    command->footer(
+        "Area is that of all contours together, those that run the other way counted off; winding is\n"
+        "as seen on the screen. Lengths are in the drawing's units.\n");
+    command->callback([options, &action] { action = [options] { return RunInfo(*options); }; });
+}
+
+}  // namespace tarvex::app
