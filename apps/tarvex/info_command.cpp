@@ -188,7 +188,7 @@ Json DrawingAsJson(const SvgDocument& drawing, const std::vector<ElementMeasures
 }
 
 std::string AsText(const Json& json) {
-    return json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 std::string DrawingInfo(const InfoOptions& options, const SvgDocument& drawing) {

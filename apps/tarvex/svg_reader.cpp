@@ -131,8 +131,7 @@ class Reader {
         const std::string_view name = root.name();
         const std::size_t colon = name.find(':');
         m_prefix = colon == name.npos ? std::string_view() : name.substr(0, colon + 1);
-        if (LocalName(root) != "svg")
-            throw SvgError("not an SVG drawing: it holds <" + std::string(name) + ">");
+        if (LocalName(root) != "svg") throw SvgError("not an SVG drawing: its root element is not svg");
         Inherited state;
         SetPage(root, state);
         Own(root, state);
