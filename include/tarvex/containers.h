@@ -168,6 +168,11 @@ class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
     /// bent: a long segment keeps its number of nodes and follows the envelope no better than they do.
     void ApplyEnvelop(CEnvelop& envelope);
 
+    /// Gives every contour the same winding, as the free SetOrientation (polygons.h) does: `clockwise`
+    /// means as seen on a screen. A contour of zero area counts as clockwise and is reversed at every
+    /// call that asks for the other.
+    void SetOrientation(bool clockwise);
+
     /// Closes every contour of two or more nodes whose last anchor differs from its first: a node
     /// without handles is appended at the first anchor, and the handles of the two nodes that faced
     /// each other over the gap (cp1 of the first, cp2 of the last) are drawn in, so that the closing

@@ -6,6 +6,7 @@
 
 #include "bezier/flatten.h"
 #include "tarvex/envelope.h"
+#include "tarvex/polygons.h"
 #include "tarvex/view.h"
 
 namespace tarvex {
@@ -98,6 +99,12 @@ void COutlines::CalcFrame(DRECT& frame, double resolution) const {
         grown.Include(box);
     }
     frame = grown.BoxOr({0, 1, 0, 1});
+}
+
+void CPolyPolyBezier::SetOrientation(bool clockwise) {
+    for (int c = 0; c < GetCount(); ++c) {
+        if (auto* contour = GetAt(c); contour != nullptr) tarvex::SetOrientation(*contour, clockwise);
+    }
 }
 
 void CPolyPolyBezier::EnsureClosed() {

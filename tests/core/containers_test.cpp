@@ -6,6 +6,7 @@
 #include "support/property.h"
 #include "support/records.h"
 #include "tarvex/bezier.h"
+#include "tarvex/polygons.h"
 
 namespace tarvex {
 
@@ -241,6 +242,23 @@ TEST(Outlines, CopyReachesTheNodes) {
     source[0][0][0].pt.x = 99;
     ASSERT_EQ(copy[0][0].GetCount(), 5);
     EXPECT_EQ(copy[0][0][0], Corner(0, 2));
+}
+
+TEST(PolyPolyBezier, SetOrientationTurnsEveryContourTheSameWayAndPassesOverNull) {
+    CPolyPolyBezier shape;
+    const std::vector<std::vector<DPOINT>> squares = {{{0, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 0}},
+                                                      {{2, 2}, {2, 4}, {4, 4}, {4, 2}, {2, 2}}};
+    for (const auto& square : squares) {
+        auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+        for (const DPOINT& p : square) contour->Add({p, p, p});
+        shape.Add(std::move(contour));
+    }
+    shape.SetAtGrow(3, nullptr);
+    ASSERT_NE(IsClockwise(shape[0]), IsClockwise(shape[1]));
+    for (const bool clockwise : {true, false}) {
+        shape.SetOrientation(clockwise);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(IsClockwise(shape[i]), clockwise);
+    }
 }
 
 TEST(PolyPolyBezier, EnsureClosedAddsAStraightSegmentToOpenContoursOnly) {
