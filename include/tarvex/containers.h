@@ -78,11 +78,14 @@ class COwningList : public CPtrArray {
 
     /// Inserts the element before element `i`; past the end the list first grows to `i`. A negative
     /// index raises CInvalidArgException.
-    void InsertAt(int i, Element* element) { CPtrArray::InsertAt(i, element); }
+    void InsertAt(int i, Element* element) {
+        void* const pointer = element;  // as itself: a list's address would mean the pointers in it
+        CPtrArray::InsertAt(i, pointer);
+    }
 
     /// Sets the number of slots: new ones are null, elements beyond the new end are destroyed.
     void SetSize(int newSize, int growBy = -1) {
-        if (newSize < 0) AfxThrowInvalidArgException();
+        if (newSize < 0 || growBy < -1) AfxThrowInvalidArgException();
         for (int i = newSize; i < GetCount(); ++i) Replace(i, nullptr);
         CPtrArray::SetSize(newSize, growBy);
     }

@@ -151,6 +151,8 @@ TEST_F(OwningList, ClearingShrinkingAndDestructionDestroyInOrder) {
         list.SetSize(4);
         EXPECT_THAT(Ids(list), ElementsAre(1, 0, 3, 0));
         EXPECT_THROW(list.SetSize(-1), CInvalidArgException);
+        EXPECT_THROW(list.SetSize(1, -2), CInvalidArgException);
+        EXPECT_THAT(Ids(list), ElementsAre(1, 0, 3, 0)) << "as it was before the call";
         log.clear();
         list.RemoveAll();
         EXPECT_THAT(log, ElementsAre("destroyed 1", "destroyed 3"));
@@ -233,6 +235,18 @@ std::unique_ptr<CPolyPolyBezier> Box(double left, double right, double top, doub
     AddContour(*shape, {Corner(left, top), Corner(right, top), Corner(right, bottom), Corner(left, bottom),
                         Corner(left, top)});
     return shape;
+}
+
+TEST(Outlines, InsertedShapesAreElementsAndNotTheirContours) {
+    COutlines group;
+    group.Add(new CPolyPolyBezier);
+    auto* shape = new CPolyPolyBezier;
+    shape->Add(new CArray<BPOINT, BPOINT>);
+    shape->Add(new CArray<BPOINT, BPOINT>);
+    group.InsertAt(0, shape);
+    ASSERT_EQ(group.GetCount(), 2);
+    EXPECT_EQ(group.GetAt(0), shape);
+    EXPECT_EQ(shape->GetCount(), 2);
 }
 
 TEST(Outlines, CopyReachesTheNodes) {
