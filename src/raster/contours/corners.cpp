@@ -9,7 +9,11 @@ namespace tarvex::contours {
 namespace {
 
 constexpr double armLimit = 16.0;   // longest arm looked at, in pixels
+constexpr int armPointLimit = 94;   // the most points of an arm, if one of the picture's pixels is one unit
 constexpr double leastTurn = 0.17;  // sine of the least turn worth a look, about 10 degrees
+
+/// The most points of an arm.
+int ArmPoints(int size, int unit) { return std::min(armPointLimit * unit, size / 2); }
 
 double Cross(Crossing a, Crossing b) { return a.x * b.y - a.y * b.x; }
 double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
@@ -29,7 +33,7 @@ struct Arm {
 Arm LongestArm(const CyclicChain& chain, int start, int step, double looseness, int unit) {
     const Crossing origin = chain[start];
     const double longest = armLimit * unit;
-    const int limit = std::min(CyclicChain::margin - unit, chain.Size() / 2);
+    const int limit = ArmPoints(chain.Size(), unit);
     Crossing low{};
     Crossing high{};
     bool open = true;
@@ -103,9 +107,10 @@ Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach
     return {point.x + away.x * reach / distance, point.y + away.y * reach / distance};
 }
 
-void CyclicChain::Assign(std::span<const Crossing> points) {
+void CyclicChain::Assign(std::span<const Crossing> points, int margin) {
     m_size = static_cast<int>(points.size());
-    m_points.resize(points.size() + std::size_t{2} * margin);
+    m_margin = margin;
+    m_points.resize(points.size() + std::size_t{2} * static_cast<std::size_t>(margin));
     std::copy(points.begin(), points.end(), m_points.begin() + margin);
     for (int k = 0; k < margin; ++k) {
         m_points[static_cast<std::size_t>(margin + m_size + k)] =
@@ -114,6 +119,8 @@ void CyclicChain::Assign(std::span<const Crossing> points) {
             points[static_cast<std::size_t>(m_size - 1 - k % m_size)];
     }
 }
+
+int CornerFinder::MarginFor(int size, int unit) { return unit + ArmPoints(size, unit); }
 
 bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit) {
     const Arm backArm = LongestArm(chain, i - unit, -1, test.looseness, unit);

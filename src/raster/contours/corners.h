@@ -9,17 +9,16 @@
 
 namespace tarvex::contours {
 
-/// A closed chain whose points can be asked for by any index from -margin to size + margin.
+/// A closed chain whose points can be asked for by any index from -margin to size + margin - 1.
 class CyclicChain {
   public:
-    static constexpr int margin = 96;
-
-    void Assign(std::span<const Crossing> points);
+    void Assign(std::span<const Crossing> points, int margin);
     int Size() const { return m_size; }
-    const Crossing& operator[](int i) const { return m_points[static_cast<std::size_t>(i + margin)]; }
+    const Crossing& operator[](int i) const { return m_points[static_cast<std::size_t>(i + m_margin)]; }
 
   private:
     int m_size = 0;
+    int m_margin = 0;
     std::vector<Crossing> m_points;
 };
 
@@ -105,6 +104,11 @@ struct Tuning {
 /// corners: either test will do.
 class CornerFinder {
   public:
+    /// How far beyond its ends a chain of `size` points is asked for: arms begin a pixel beside a point and
+    /// go at most half the way around.
+    static int MarginFor(int size, int unit);
+
+    /// The chain must have that margin.
     const std::vector<Corner>& Find(const CyclicChain& chain, const Tuning& tuning);
 
   private:

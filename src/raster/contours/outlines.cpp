@@ -16,6 +16,8 @@ namespace {
 using namespace contours;
 
 constexpr int largestDetail = 16;
+constexpr std::size_t mostPoints = INT32_MAX / 2;  // of an outline, so that its chain can be indexed
+constexpr int longestSide = INT32_MAX - 2 * ShapeMask::margin;  // so that columns can be counted with it
 
 /// Stairs of a two-level picture lie up to half a pixel off the edge they stand for; anti-aliased edges
 /// lie where they are, give or take the grey's noise.
@@ -37,7 +39,7 @@ class OutlineFitter {
 
     const std::vector<Cubic>& Fit(std::span<const Crossing> points) {
         m_cubics.clear();
-        m_chain.Assign(points);
+        m_chain.Assign(points, CornerFinder::MarginFor(static_cast<int>(points.size()), m_tuning.unit));
         m_corners = m_finder.Find(m_chain, m_tuning);
         if (m_corners.empty()) {
             FitLoop();
@@ -174,6 +176,7 @@ bool Trace(const GreyView& picture, const OutlineOptions& options, bool soft, CP
             if (!options.progress(follower.Progress())) return false;
         }
         if (static_cast<double>(points.size()) * scale <= static_cast<double>(least)) continue;
+        if (points.size() > mostPoints) AfxThrowMemoryException();
         contours.push_back(ToContour(fitter.Fit(points), scale));
     }
     out.SetSize(static_cast<int>(contours.size()));
@@ -187,10 +190,10 @@ bool TraceOutlines(const GreyView& picture, const OutlineOptions& options, CPoly
     out.RemoveAll();
     if (picture.levels == nullptr || picture.width <= 0 || picture.height <= 0) return false;
     if (options.detail < 1 || options.detail > largestDetail) return false;
+    if (picture.width > longestSide / options.detail || picture.height > longestSide / options.detail)
+        return false;
     const bool soft = HasMoreThanTwoLevels(picture);
     if (options.detail == 1) return Trace(picture, options, soft, out);
-    constexpr int longest = INT32_MAX - 4;
-    if (picture.width > longest / options.detail || picture.height > longest / options.detail) return false;
     const EnlargedPicture enlarged(picture, options.detail);
     return Trace(enlarged.View(), options, soft, out);
 }

@@ -180,6 +180,24 @@ TEST(Outlines, OfRectanglesHaveFourStraightSidesAndSharpCorners) {
     }
 }
 
+TEST(Outlines, OfASquareAreTheSameFourSidesAtEveryDetail) {
+    for (const auto& square :
+         {Render(40, 40, [](double x, double y) { return x > 5 && x < 35 && y > 5 && y < 35; }),
+          GreyPicture(30, 30, 0)}) {
+        const double inset = (square.width - 30) / 2.0;
+        for (int detail = 1; detail <= 16; ++detail) {
+            OutlineOptions options;
+            options.detail = detail;
+            const CPolyPolyBezier out = Trace(square, options);
+            ASSERT_EQ(out.GetSize(), 1) << detail;
+            EXPECT_EQ(out[0].GetSize(), 5) << detail;
+            for (const double x : {inset, inset + 30})
+                for (const double y : {inset, inset + 30})
+                    EXPECT_LE(NearestNode(out[0], {x, y}), 0.1) << detail;
+        }
+    }
+}
+
 TEST(Outlines, OfATurnedSquareKeepItsCornersAtEveryAngle) {
     for (const bool stairs : {false, true})
         for (int degrees = 3; degrees < 90; degrees += 7) {
@@ -358,6 +376,8 @@ TEST(Outlines, AreRefusedForNoPixelsAndForDetailOutOfRange) {
     EXPECT_TRUE(refused(picture.View(), 0));
     EXPECT_TRUE(refused(picture.View(), 17));
     EXPECT_TRUE(refused({picture.levels.data(), INT32_MAX / 2, 1, 0}, 4)) << "too wide when enlarged";
+    EXPECT_TRUE(refused({picture.levels.data(), INT32_MAX - 3, 1, 0}, 1)) << "too wide as it is";
+    EXPECT_TRUE(refused({picture.levels.data(), 1, INT32_MAX, 0}, 1)) << "too high as it is";
 }
 
 TEST(Outlines, StopWhenProgressSaysSo) {
