@@ -12,6 +12,11 @@ constexpr double armLimit = 16.0;   // longest arm looked at, in pixels
 constexpr int armPointLimit = 94;   // the most points of an arm, if one of the picture's pixels is one unit
 constexpr double leastTurn = 0.17;  // sine of the least turn worth a look, about 10 degrees
 
+constexpr double leastBarCosine = 0.985;  // of the angle between two edges of a bar: at most about 10 degrees
+
+/// A point with the most turn of all points up to this many on either side may be a corner.
+int CornerReach(int size, int unit) { return std::min(3 * unit, size / 6); }
+
 /// The most points of an arm.
 int ArmPoints(int size, int unit) { return std::min(armPointLimit * unit, size / 2); }
 
@@ -95,6 +100,10 @@ Line LineSums::Best(Crossing along) const {
     return {{m_origin.x + mx, m_origin.y + my}, {sign * direction.x, sign * direction.y}};
 }
 
+namespace {
+
+/// Where two arms meet, if that is within `reach` of `point` of the chain; up to twice as far, the
+/// place at that distance on the way there; otherwise `point` itself.
 Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach) {
     const double across = Cross(a.direction, b.direction);
     if (std::fabs(across) < 0.05) return point;
@@ -105,6 +114,40 @@ Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach
     if (distance <= reach) return meeting;
     if (distance > 2 * reach) return point;
     return {point.x + away.x * reach / distance, point.y + away.y * reach / distance};
+}
+
+/// The point of a line at `extent` in a direction that is nearly the line's own, forwards or backwards.
+Crossing PointAt(const Line& line, Crossing direction, double extent) {
+    const double t = (extent - Dot(line.centre, direction)) / Dot(line.direction, direction);
+    return {line.centre.x + t * line.direction.x, line.centre.y + t * line.direction.y};
+}
+
+/// Places both corners of a bar's end, if the arms run side by side like a bar's edges.
+bool PlaceBluntEnd(const CyclicChain& chain, int unit, Corner& corner) {
+    const Line& a = corner.back;
+    const Line& b = corner.forward;
+    if (Dot(a.direction, b.direction) < leastBarCosine) return false;
+    const Crossing sum{-a.direction.x - b.direction.x, -a.direction.y - b.direction.y};
+    const double length = std::sqrt(Dot(sum, sum));
+    const Crossing outwards{sum.x / length, sum.y / length};
+    const int reach = CornerReach(chain.Size(), unit);
+    const auto extentOf = [&](int k) { return Dot(chain[corner.index + k], outwards); };
+    double extent = extentOf(0);
+    for (int k = -reach; k <= reach; ++k) extent = std::max(extent, extentOf(k));
+    const double across = extent - bevel * unit;
+    corner.end = PointAt(a, outwards, extent);
+    corner.begin = PointAt(b, outwards, extent);
+    while (corner.capBefore < reach && extentOf(-corner.capBefore - 1) > across) ++corner.capBefore;
+    while (corner.capAfter < reach && extentOf(corner.capAfter + 1) > across) ++corner.capAfter;
+    return true;
+}
+
+}  // namespace
+
+void PlaceTips(const CyclicChain& chain, int unit, Corner& corner) {
+    corner.capBefore = corner.capAfter = 0;
+    if (PlaceBluntEnd(chain, unit, corner)) return;
+    corner.end = corner.begin = MeetingPoint(corner.back, corner.forward, chain[corner.index], unit);
 }
 
 void CyclicChain::Assign(std::span<const Crossing> points, int margin) {
@@ -133,14 +176,16 @@ bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test,
     // Both directions point away from the corner: straight on is a cosine of -1.
     const double halfTurn = std::sqrt(std::max(0.0, (1 + Dot(back.direction, forward.direction)) / 2));
     if (quarter * halfTurn <= test.bulge) return false;
-    m_corners.push_back({i, MeetingPoint(back, forward, chain[i], unit), back, forward});
+    Corner corner{i, {}, {}, 0, 0, back, forward};
+    PlaceTips(chain, unit, corner);
+    m_corners.push_back(corner);
     return true;
 }
 
 const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, const Tuning& tuning) {
     const int n = chain.Size();
     m_corners.clear();
-    const int reach = std::min(3 * tuning.unit, n / 6);
+    const int reach = CornerReach(n, tuning.unit);
     if (reach < 2) return m_corners;
     m_turn.resize(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i)

@@ -52,16 +52,22 @@ class LineSums {
     int m_count = 0;
 };
 
+/// Points this near to a corner, in pixels, lie on the bevel that the grid cuts there and not on its arms.
+inline constexpr double bevel = 0.6;
+
 struct Corner {
-    int index;     ///< the chain's point that stands for the corner
-    Crossing tip;  ///< where its two arms meet
-    Line back;     ///< the arm that ends here, directed away from the corner
-    Line forward;  ///< the arm that begins here
+    int index;       ///< the chain's point that stands for the corner
+    Crossing end;    ///< where the arm before it ends
+    Crossing begin;  ///< where the arm after it begins: the same place, but at the blunt end of a bar
+    int capBefore;   ///< points before the index that lie across a blunt end, not along the arm
+    int capAfter;    ///< the same after the index
+    Line back;       ///< the arm that ends here, directed away from the corner
+    Line forward;    ///< the arm that begins here
 };
 
-/// Where two arms meet, if that is within `reach` of `point` of the chain; up to twice as far, the
-/// place at that distance on the way there; otherwise `point` itself.
-Crossing MeetingPoint(const Line& a, const Line& b, Crossing point, double reach);
+/// Sets where a corner's arms end and begin: where they meet, unless that is too far away; or for the blunt
+/// end of a bar, whose two corners are too near to each other to be told apart, both corners.
+void PlaceTips(const CyclicChain& chain, int unit, Corner& corner);
 
 /// When a point is a corner: its arms are the longest pieces whose points lie within `looseness` of a
 /// line, and it sticks out of the smoothest curve along them by more than `bulge`.

@@ -45,7 +45,10 @@ class OutlineFitter {
             FitLoop();
         } else {
             FindEdges();
-            for (std::size_t k = 0; k < m_corners.size(); ++k) FitBetween(k);
+            for (std::size_t k = 0; k < m_corners.size(); ++k) {
+                FitEnd(m_corners[k]);
+                FitBetween(k);
+            }
         }
         return m_cubics;
     }
@@ -66,12 +69,12 @@ class OutlineFitter {
         const Corner& to = CornerAfter(k);
         const int n = m_chain.Size();
         const int last = to.index > from.index ? to.index : to.index + n;
-        m_run.assign(1, from.tip);
-        for (int i = from.index + 1; i < last; ++i) {
+        m_run.assign(1, from.begin);
+        for (int i = from.index + from.capAfter + 1; i < last - to.capBefore; ++i) {
             const Crossing p = m_chain[i < n ? i : i - n];
-            if (!IsCutOff(p, from.tip) && !IsCutOff(p, to.tip)) m_run.push_back(p);
+            if (!IsCutOff(p, from.begin) && !IsCutOff(p, to.end)) m_run.push_back(p);
         }
-        m_run.push_back(to.tip);
+        m_run.push_back(to.end);
     }
 
     /// Finds which runs are straight edges, and lets corners between edges stand where the whole
@@ -92,8 +95,7 @@ class OutlineFitter {
             Corner& next = m_corners[(k + 1) % m_corners.size()];
             next.back = {line.centre, {-line.direction.x, -line.direction.y}};
         }
-        for (Corner& corner : m_corners)
-            corner.tip = MeetingPoint(corner.back, corner.forward, m_chain[corner.index], m_tuning.unit);
+        for (Corner& corner : m_corners) PlaceTips(m_chain, m_tuning.unit, corner);
     }
 
     bool FollowsLine(const Line& line) const {
@@ -101,9 +103,16 @@ class OutlineFitter {
                            [&](Crossing p) { return DistanceFrom(line, p) <= m_tuning.straight; });
     }
 
+    /// The straight line across the end of a bar.
+    void FitEnd(const Corner& corner) {
+        const Crossing from = corner.end;
+        const Crossing to = corner.begin;
+        if (from.x != to.x || from.y != to.y) m_cubics.push_back({from, from, to, to});
+    }
+
     void FitBetween(std::size_t k) {
-        const Crossing from = m_corners[k].tip;
-        const Crossing to = CornerAfter(k).tip;
+        const Crossing from = m_corners[k].begin;
+        const Crossing to = CornerAfter(k).end;
         if (m_straight[k] && IsOnEdge(from, m_corners[k].forward) && IsOnEdge(to, m_corners[k].forward)) {
             m_cubics.push_back({from, from, to, to});
             return;
@@ -123,12 +132,11 @@ class OutlineFitter {
         return std::fabs(line.direction.x * dy - line.direction.y * dx);
     }
 
-    /// Points beside a corner lie on the bevel that the grid cuts there, not on the corner's arms.
     bool IsCutOff(Crossing p, Crossing tip) const {
         const double dx = p.x - tip.x;
         const double dy = p.y - tip.y;
-        const double bevel = 0.6 * m_tuning.unit;
-        return dx * dx + dy * dy < bevel * bevel;
+        const double reach = bevel * m_tuning.unit;
+        return dx * dx + dy * dy < reach * reach;
     }
 
     Tuning m_tuning;

@@ -221,6 +221,49 @@ TEST(Outlines, OfATurnedSquareKeepItsCornersAtEveryAngle) {
         }
 }
 
+TEST(Outlines, OfThinBarsAreRectanglesOfTheirArea) {
+    for (const int length : {8, 10, 20, 40, 90})
+        for (const int thickness : {1, 2})
+            for (const int detail : {1, 2, 3, 8})
+                for (const bool upright : {false, true}) {
+                    const int w = upright ? thickness : length;
+                    const int h = upright ? length : thickness;
+                    OutlineOptions options;
+                    options.detail = detail;
+                    const CPolyPolyBezier out = Trace(
+                        Render(w + 6, h + 6,
+                               [&](double x, double y) { return x > 3 && x < w + 3 && y > 3 && y < h + 3; }),
+                        options);
+                    ASSERT_EQ(out.GetSize(), 1);
+                    EXPECT_EQ(out[0].GetSize(), 5) << w << 'x' << h << " detail " << detail;
+                    // What is one pixel wide gets a little wider where it is enlarged.
+                    EXPECT_NEAR(SignedArea(out[0]) / (w * h), 1, thickness == 1 ? 0.15 : 0.05)
+                        << w << 'x' << h << " detail " << detail;
+                }
+}
+
+TEST(Outlines, OfTurnedBarsKeepTheirAreaAndLength) {
+    for (const double thickness : {2.0, 3.0})
+        for (int degrees = 0; degrees < 180; degrees += 9) {
+            const double angle = degrees * 3.141592653589793 / 180;
+            const CPolyPolyBezier out = Trace(Render(60, 60, [&](double x, double y) {
+                const double u = (x - 30) * std::cos(angle) + (y - 30) * std::sin(angle);
+                const double v = (y - 30) * std::cos(angle) - (x - 30) * std::sin(angle);
+                return std::fabs(u) < 25 && std::fabs(v) < thickness / 2;
+            }));
+            ASSERT_EQ(out.GetSize(), 1);
+            EXPECT_NEAR(SignedArea(out[0]) / (50 * thickness), 1, 0.1) << thickness << " at " << degrees;
+            double from = 0, to = 0;
+            for (const DPOINT& p : Flatten(out[0])) {
+                const double along = (p.x - 30) * std::cos(angle) + (p.y - 30) * std::sin(angle);
+                from = std::min(from, along);
+                to = std::max(to, along);
+            }
+            EXPECT_NEAR(from, -25, 0.8) << thickness << " at " << degrees;
+            EXPECT_NEAR(to, 25, 0.8) << thickness << " at " << degrees;
+        }
+}
+
 TEST(Outlines, OfARingAreAShapeAndAHole) {
     const CPolyPolyBezier out = Trace(Render(60, 60, [](double x, double y) {
         const double r = std::hypot(x - 30, y - 30);
