@@ -83,9 +83,16 @@ CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most) {
     return CLI::Validator(check, "");
 }
 
+CLI::Validator FileName() {
+    const auto check = [](const std::string& text) {
+        return text.empty() ? std::string("the file's name is empty") : std::string();
+    };
+    return CLI::Validator(check, "");
+}
+
 void AddMaxPixels(CLI::App& command, std::uint64_t& maxPixels) {
     constexpr std::uint64_t most = 1'000'000'000'000;
-    command.add_option("--max-pixels", maxPixels, "Refuse pictures of more pixels")
+    command.add_option("--max-pixels", maxPixels, "Refuse pictures of more pixels, as read or as enlarged")
         ->check(WholeNumber(1, most))
         ->type_name("N")
         ->capture_default_str();

@@ -29,6 +29,9 @@ void AddInfoCommand(CLI::App& program, Action& action);
 /// Checks that an option's value is a whole number from `least` to `most`.
 CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most);
 
+/// Checks that a file's name is one.
+CLI::Validator FileName();
+
 /// Adds `--max-pixels`.
 void AddMaxPixels(CLI::App& command, std::uint64_t& maxPixels);
 

@@ -156,6 +156,14 @@ void CheckOutput(const std::string& path) {
     if (!IsSpecial(target) && !MayWrite(directory)) FailByErrno(path);
 }
 
+void CheckOutput(const std::string& path, const std::string& input) {
+    CheckOutput(path);
+    if (path == "-" || input == "-") return;
+    std::error_code ignored;
+    if (fs::is_regular_file(path, ignored) && fs::equivalent(path, input, ignored))
+        Fail(path, "it is the input");
+}
+
 void WriteOutput(const std::string& path, std::string_view content) {
     if (path == "-") return WriteStandardOutput(content);
     CheckOutput(path);
@@ -167,10 +175,14 @@ void WriteOutput(const std::string& path, std::string_view content) {
 }
 
 void RemoveOutputOnInterrupt() {
-    std::signal(SIGINT, OnInterrupt);
-    std::signal(SIGTERM, OnInterrupt);
+    // What whoever started the program has it ignore (nohup, a shell's background jobs) stays ignored.
+    const auto handle = [](int signal) {
+        if (std::signal(signal, OnInterrupt) == SIG_IGN) std::signal(signal, SIG_IGN);
+    };
+    handle(SIGINT);
+    handle(SIGTERM);
 #ifndef _WIN32
-    std::signal(SIGHUP, OnInterrupt);
+    handle(SIGHUP);
     // A closed pipe and a full quota are errors of the write, told like any other.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

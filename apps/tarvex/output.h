@@ -16,9 +16,13 @@ void WriteOutput(const std::string& path, std::string_view content);
 /// Raises, before any long work, the error that WriteOutput would meet for certain: a directory, a
 /// directory that is not there, no permission.
 void CheckOutput(const std::string& path);
+/// The same, and also when the output is a file that is the input too, by whatever name: a slip of the hand
+/// must not cost a picture.
+void CheckOutput(const std::string& path, const std::string& input);
 
 /// From here on Ctrl-C, a hang-up or a request to terminate removes the file being written aside and
-/// ends the program with status 128 + the signal's number (130 for Ctrl-C).
+/// ends the program with status 128 + the signal's number (130 for Ctrl-C). Signals that are being ignored
+/// stay so.
 void RemoveOutputOnInterrupt();
 
 /// The name that messages use: the path, or "standard output" for "-".

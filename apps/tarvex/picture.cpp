@@ -86,12 +86,13 @@ PictureKind PictureKindOf(Bytes start) {
     return PictureKind::Unknown;
 }
 
-void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLimits& limits) {
+void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLimits& limits,
+                      const std::string& subject) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height);
-    if (width == 0 || height == 0) throw PictureError("the picture has no pixels (" + size + ")");
+    if (width == 0 || height == 0) throw PictureError(subject + " has no pixels (" + size + ")");
     constexpr std::uint64_t longest = std::numeric_limits<std::int32_t>::max();
     if (width > longest || height > longest || width > limits.maxPixels / height) {
-        throw PictureError("the picture has " + size + " pixels, more than the limit of " +
+        throw PictureError(subject + " has " + size + " pixels, more than the limit of " +
                            Counted(limits.maxPixels) + " (--max-pixels)");
     }
 }

@@ -23,8 +23,9 @@ Picture DecodeBmp(Bytes bytes, const PictureLimits& limits);
 Picture DecodeNetpbm(Bytes bytes, const PictureLimits& limits);
 
 /// Raises PictureError unless a picture of this size has pixels, within the limit. Each reader calls
-/// it before it takes memory on the word of a header.
-void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLimits& limits);
+/// it before it takes memory on the word of a header. `subject` is what the message calls the picture.
+void CheckPictureSize(std::uint64_t width, std::uint64_t height, const PictureLimits& limits,
+                      const std::string& subject = "the picture");
 
 /// Clears the bits of a Bit1 row that lie past its width.
 void ClearRowPadding(Picture& picture, int y);

@@ -63,9 +63,11 @@ void AddTraceCommand(CLI::App& program, Action& action) {
     TraceOptions& options = arguments->options;
     trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
         ->required()
+        ->check(FileName())
         ->type_name("IN");
     trace->add_option("-o,--output", options.output, "SVG or JSON file to write; - is standard output")
         ->required()
+        ->check(FileName())
         ->type_name("OUT");
     trace->add_option("--mode", arguments->mode, "What to trace: outline, the outlines of shapes")
         ->type_name("MODE")

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <csignal>
+#include <filesystem>
 
 #include <nlohmann/json.hpp>
 
@@ -32,6 +33,7 @@ TEST(Program, EveryFailureIsOneLineAStatusAndNoFile) {
     WriteFile(directory / "cut.pgm", "P5 2 1 255\na");
     WriteFile(directory / "none.pgm", "P5 0 1 255\n");
     WriteFile(directory / "huge.pgm", "P5 100000 100000 255\na");
+    WriteFile(directory / "large.pbm", "P4 10000 10000\n" + std::string(1250 * 10000, '\x0f'));
     WriteFile(directory / "text.png", "no picture");
     WriteFile(directory / "empty.png", "");
     const FileBytes png = MakePng(RandomSamples(40, 40, 1, 8, 1), {});
@@ -76,6 +78,15 @@ TEST(Program, EveryFailureIsOneLineAStatusAndNoFile) {
         {{"trace", "@/good.pgm", "-o", out, "--max-pixels", "1"},
          3,
          "more than the limit of 1 (--max-pixels)"},
+        {{"trace", "@/large.pbm", "-o", out, "--detail", "16"},
+         3,
+         "@/large.pbm: the picture enlarged 16 times has 160000 x 160000 pixels, more than the limit of 100 "
+         "million"},
+        {{"trace", "@/good.pgm", "-o", out, "--detail", "2", "--max-pixels", "7"},
+         3,
+         "the picture enlarged 2 times has 4 x 2 pixels, more than the limit of 7 (--max-pixels)"},
+        {{"trace", "", "-o", out}, 2, "input: the file's name is empty"},
+        {{"trace", "@/good.pgm", "-o", ""}, 2, "--output: the file's name is empty"},
         {{"trace", "-", "-o", out}, 3, "standard input: the file is empty"},
         {{"trace", "-", "-o", out}, 3, "standard input: not a picture", "GIF89a"},
         {{"trace", "/dev/zero", "-o", out}, 3, "/dev/zero: not a picture"},
@@ -128,6 +139,28 @@ TEST(Program, TraceReadsAndWritesFilesAndStreams) {
     EXPECT_EQ(directory.Content(), "a.svg b.JSON square.bin ");
 }
 
+TEST(Program, EnlargesSmallPicturesByItselfOnlyWithinTheLimit) {
+    const ProgramResult limited =
+        RunTarvex({"trace", "-", "-o", "-", "--max-pixels", "1200"}, SquarePicture());
+    const ProgramResult asItIs = RunTarvex({"trace", "-", "-o", "-", "--detail", "1"}, SquarePicture());
+    EXPECT_EQ(limited.status, 0);
+    EXPECT_EQ(limited.output, asItIs.output);
+}
+
+TEST(Program, TheInputIsNeverTheOutput) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "square.pgm", SquarePicture());
+    std::filesystem::create_hard_link(directory / "square.pgm", directory / "hard.svg");
+    std::filesystem::create_symlink(directory / "square.pgm", directory / "soft.svg");
+    for (const char* name : {"square.pgm", "hard.svg", "soft.svg"}) {
+        const ProgramResult result =
+            RunTarvex({"trace", directory / "square.pgm", "-o", directory / name, "--format", "svg"});
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.errors, "tarvex: " + (directory / name) + ": cannot be written: it is the input\n");
+        EXPECT_EQ(ReadFile(directory / name), SquarePicture());
+    }
+}
+
 TEST(Program, APictureWithNothingInItIsNoResultAndNoFile) {
     const TemporaryDirectory directory;
     const std::string blank = "P5 40 30 255\n" + std::string(40 * 30, '\xff');
@@ -170,6 +203,35 @@ TEST(Program, CtrlCEndsItWithStatus130AndNoFile) {
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 130);
     EXPECT_EQ(directory.Content(), "");
+}
+
+TEST(Program, SignalsThatItsStarterIgnoresDoNotEndIt) {
+    const TemporaryDirectory directory;
+    int toProgram[2];
+    ASSERT_EQ(pipe(toProgram), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        std::signal(SIGHUP, SIG_IGN);
+        dup2(toProgram[0], STDIN_FILENO);
+        close(toProgram[0]);
+        close(toProgram[1]);
+        execl(TARVEX_PROGRAM, "tarvex", "trace", "-", "-o", (directory / "out.svg").c_str(), nullptr);
+        _exit(99);
+    }
+    close(toProgram[0]);
+    // More than a pipe holds: once it is taken, the program is past its start and waits for more.
+    const std::string picture =
+        "P5 1000 1000 255\n" + std::string(999'000, '\xff') + std::string(1'000, '\0');
+    ASSERT_EQ(write(toProgram[1], picture.data(), 900'000), 900'000);
+    kill(child, SIGHUP);
+    ASSERT_EQ(write(toProgram[1], picture.data() + 900'000, picture.size() - 900'000),
+              static_cast<ssize_t>(picture.size() - 900'000));
+    close(toProgram[1]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(directory.Content(), "out.svg ");
 }
 
 }  // namespace
