@@ -26,7 +26,8 @@ Tuning TuningFor(bool soft, double tolerance) {
     Tuning tuning = soft ? Tuning{clean, clean, 0.25, 0.28, 0.34, 4, 1}
                          : Tuning{clean, {0.75, 1.3}, 0.55, 0.53, 0.6, 8, 1};
     if (tolerance > 0) {
-        tuning.shortCurve = tuning.longCurve = tolerance;
+        constexpr double unlimited = 1e9;  // farther than any picture is wide, and yet a number to count with
+        tuning.shortCurve = tuning.longCurve = std::min(tolerance, unlimited);
         tuning.straight = std::min(tolerance, 2 * tuning.straight);
     }
     return tuning;

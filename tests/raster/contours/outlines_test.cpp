@@ -404,6 +404,19 @@ TEST(Outlines, OfAsManyPointsAsTheLeastAreDropped) {
     }
 }
 
+TEST(Outlines, OfAnUnlimitedToleranceHaveAsFewNodesAsOfALargeOne) {
+    const GreyPicture disc =
+        Render(60, 60, [](double x, double y) { return std::hypot(x - 30, y - 30) < 25; });
+    OutlineOptions large;
+    large.tolerance = 1e6;
+    OutlineOptions unlimited;
+    unlimited.tolerance = std::numeric_limits<double>::infinity();
+    const CPolyPolyBezier expected = Trace(disc, large);
+    const CPolyPolyBezier out = Trace(disc, unlimited);
+    ASSERT_EQ(out.GetSize(), expected.GetSize());
+    EXPECT_EQ(out[0].GetSize(), expected[0].GetSize());
+}
+
 TEST(Outlines, AreRefusedForNoPixelsAndForDetailOutOfRange) {
     const GreyPicture picture(4, 4, 0);
     CPolyPolyBezier out;
