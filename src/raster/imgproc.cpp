@@ -1,3 +1,4 @@
+// Single pixels, the bitmaps they stand in, and CImgProc as the front of the line tracer (line_tracer.h).
 #include <array>
 #include <cstddef>
 #include <cstdint>
