@@ -112,7 +112,7 @@ void ParseWarpType(const std::string& text, int& type) {
 }
 
 void ParseAmount(const std::string& text, WarpOptions& options) {
-    options.isPercent = !text.empty() && text.back() == '%';
+    options.isPercent = text.size() > 1 && text.back() == '%';
     const std::string number = options.isPercent ? text.substr(0, text.size() - 1) : text;
     options.amount = Numbers("--amount", number, 1, 1, "a length, nor one in percent").front();
 }

@@ -36,6 +36,26 @@ void IncludeTurns(DRECT& frame, const CBezier& curve, double v0, double v1, doub
     }
 }
 
+/// The error of a sum of n chords falls with the square of n, so two sums tell a third one that is much
+/// nearer (Richardson's extrapolation). Chords are doubled until two such estimates agree.
+double LengthOf(const CBezier& curve) {
+    constexpr double relativeError = 1e-7;
+    constexpr int mostChords = 20480;
+    if (Same(curve.p0, curve.p1) && Same(curve.p2, curve.p3)) return Distance(curve.p0, curve.p3);
+    const double legs =
+        Distance(curve.p0, curve.p1) + Distance(curve.p1, curve.p2) + Distance(curve.p2, curve.p3);
+    double sum = curve.GetL(10);
+    double estimate = sum;
+    for (int n = 20; n <= mostChords; n *= 2) {
+        const double finer = curve.GetL(n);
+        const double better = finer + (finer - sum) / 3;
+        if (std::fabs(better - estimate) <= legs * relativeError) return better;
+        sum = finer;
+        estimate = better;
+    }
+    return estimate;
+}
+
 }  // namespace
 
 DRECT United(const DRECT& a, const DRECT& b) {
@@ -76,20 +96,8 @@ std::optional<DRECT> FrameOf(const CPolyPolyBezier& shape) {
 }
 
 double LengthOf(ContourView nodes) {
-    constexpr double relativeError = 1e-6;
     double length = 0;
-    for (std::size_t i = 0; i + 1 < nodes.size(); ++i) {
-        CBezier curve(nodes[i], nodes[i + 1]);
-        const double chord = Distance(curve.p0, curve.p3);
-        if (Same(curve.p0, curve.p1) && Same(curve.p2, curve.p3)) {
-            length += chord;
-            continue;
-        }
-        const double legs =
-            Distance(curve.p0, curve.p1) + Distance(curve.p1, curve.p2) + Distance(curve.p2, curve.p3);
-        curve.SetResolution(legs * relativeError);
-        length += curve.GetLength();
-    }
+    for (std::size_t i = 0; i + 1 < nodes.size(); ++i) length += LengthOf(CBezier(nodes[i], nodes[i + 1]));
     return length;
 }
 

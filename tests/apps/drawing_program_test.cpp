@@ -216,7 +216,7 @@ TEST(DrawingProgram, EveryFailureIsOneLineAndAStatus) {
         {{"warp", "-", "-o", "-", "--amount", "1"}, 2, "--type is required"},
         {{"warp", "-", "-o", "-", "--type", "11", "--amount", "1"}, 2, "--type: '11' is not a type"},
         {{"warp", "-", "-o", "-", "--type", "bend", "--amount", "1"}, 2, "--type: 'bend'"},
-        {{"warp", "-", "-o", "-", "--type", "1", "--amount", "%"}, 2, "--amount: '' is not a length"},
+        {{"warp", "-", "-o", "-", "--type", "1", "--amount", "%"}, 2, "--amount: '%' is not a length"},
         {{"info", "-", "more"}, 2, "more: unknown argument"},
 
         {{"transform", "-", "-o", "-"}, 1, "the drawing has no outlines", "<svg/>"},

@@ -228,7 +228,7 @@ TEST(Measure, FrameLengthAndAreaAreThoseOfManyShortLines) {
                                    {found->bottom, frame.bottom}}) {
             RC_ASSERT(std::fabs(a - b) < slack);
         }
-        RC_ASSERT(std::fabs(LengthOf(nodes) - length) < 1e-5 * length + slack);
+        RC_ASSERT(std::fabs(LengthOf(nodes) - length) < 1e-6 * length + 1e-3);
         RC_ASSERT(std::fabs(SignedAreaOf(nodes) - area) < 1e-1);
     });
 }
