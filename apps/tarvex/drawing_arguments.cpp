@@ -87,9 +87,11 @@ void RequireSvg(const std::string& output) {
 template <class Options>
 void AddDrawingOptions(CLI::App& command, Options& options) {
     command.add_option("input", options.input, "SVG drawing; - is standard input")
+        ->check(FileName())
         ->required()
         ->type_name("IN");
     command.add_option("-o,--output", options.output, "SVG file to write; - is standard output")
+        ->check(FileName())
         ->required()
         ->type_name("OUT");
     AddAutoOrInteger(command, "--precision", options.precision, 0, MAX_PRECISION,
@@ -180,6 +182,7 @@ void AddInfoCommand(CLI::App& program, Action& action) {
     command
         ->add_option("input", options->input,
                      "SVG drawing, or PNG, JPEG, BMP or PNM picture; - is standard input")
+        ->check(FileName())
         ->required()
         ->type_name("IN");
     command->add_flag("--json", options->asJson, "Print JSON")->disable_flag_override();

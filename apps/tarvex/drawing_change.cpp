@@ -35,7 +35,7 @@ std::string Remarks(const SvgDocument& drawing) {
 }  // namespace
 
 int ChangeDrawing(const DrawingChange& change) {
-    CheckOutput(change.output);
+    CheckOutput(change.output, change.input);
     SvgDocument drawing = ReadSvg(change.input);
     const auto frame = OutlinesFrame(drawing);
     if (!frame) {

@@ -195,6 +195,15 @@ TEST(DrawingProgram, WhatIsLeftOutIsSaidInOneLine) {
     EXPECT_THAT(result.output, testing::Not(testing::HasSubstr("text")));
 }
 
+TEST(DrawingProgram, TheInputIsNeverTheOutput) {
+    const TemporaryDirectory directory;
+    const std::string path = directory / "a.svg";
+    WriteFile(path, DRAWING);
+    const ProgramResult result = RunTarvex({"transform", path, "-o", directory / "./a.svg", "--scale", "2"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(ReadFile(path), DRAWING);
+}
+
 struct FailureCase {
     std::vector<std::string> arguments;
     int status;
@@ -217,6 +226,8 @@ TEST(DrawingProgram, EveryFailureIsOneLineAndAStatus) {
         {{"warp", "-", "-o", "-", "--type", "11", "--amount", "1"}, 2, "--type: '11' is not a type"},
         {{"warp", "-", "-o", "-", "--type", "bend", "--amount", "1"}, 2, "--type: 'bend'"},
         {{"warp", "-", "-o", "-", "--type", "1", "--amount", "%"}, 2, "--amount: '%' is not a length"},
+        {{"transform", "", "-o", "-"}, 2, "the file's name is empty"},
+        {{"info", ""}, 2, "the file's name is empty"},
         {{"info", "-", "more"}, 2, "more: unknown argument"},
 
         {{"transform", "-", "-o", "-"}, 1, "the drawing has no outlines", "<svg/>"},
