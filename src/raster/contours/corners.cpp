@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "bezier/vector.h"
+
 namespace tarvex::contours {
 
 namespace {
@@ -21,8 +23,6 @@ int CornerReach(int size, int unit) { return std::min(3 * unit, size / 6); }
 int ArmPoints(int size, int unit) { return std::min(armPointLimit * unit, size / 2); }
 
 double Cross(Crossing a, Crossing b) { return a.x * b.y - a.y * b.x; }
-double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
-Crossing Minus(Crossing a, Crossing b) { return {a.x - b.x, a.y - b.y}; }
 
 /// A straight piece of a chain that begins beside a point: `count` points from `start` on in `step`
 /// direction (1 or -1).

@@ -20,17 +20,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "bezier/vector.h"
+
 namespace tarvex::contours {
 
 namespace {
 
 constexpr int corrections = 3;
-
-Crossing Plus(Crossing a, Crossing b) { return {a.x + b.x, a.y + b.y}; }
-Crossing Minus(Crossing a, Crossing b) { return {a.x - b.x, a.y - b.y}; }
-Crossing Times(Crossing a, double f) { return {a.x * f, a.y * f}; }
-double Dot(Crossing a, Crossing b) { return a.x * b.x + a.y * b.y; }
-double Length(Crossing a) { return std::sqrt(Dot(a, a)); }
 
 /// One coordinate of a cubic in powers of the parameter.
 struct Powers {

@@ -56,10 +56,7 @@ std::uint64_t DarkBits(const std::uint8_t* levels, int count, std::uint8_t level
 bool HasMoreThanTwoLevels(const GreyView& picture);
 
 /// Where an outline crosses the line between the centres of two neighbouring pixels.
-struct Crossing {
-    double x;
-    double y;
-};
+using Crossing = DPOINT;
 
 /// Follows the outlines one after the other.
 ///
