@@ -65,7 +65,8 @@ bool HasMoreThanTwoLevels(const GreyView& picture) {
 
 ShapeMask::ShapeMask(const GreyView& picture, int threshold, ShapeSide side)
     : m_width(picture.width), m_height(picture.height), m_words(WordsFor(picture.width)) {
-    m_bits.resize((static_cast<std::size_t>(m_height) + 2 * margin) * static_cast<std::size_t>(m_words));
+    m_bits.resize((static_cast<std::size_t>(m_height) + std::size_t{2} * margin) *
+                  static_cast<std::size_t>(m_words));
     // All pixels are on one side of a threshold beyond the levels.
     const std::uint64_t flip = side == ShapeSide::dark ? 0 : ~std::uint64_t{0};
     const auto level = static_cast<std::uint8_t>(std::clamp(threshold, 0, 255));
