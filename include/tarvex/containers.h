@@ -72,7 +72,7 @@ class COwningList : public CPtrArray {
     int Add(Element* element) { return CPtrArray::Add(element); }
     int Add(std::unique_ptr<Element> element) {
         const int i = CPtrArray::Add(element.get());
-        element.release();
+        static_cast<void>(element.release());
         return i;
     }
 

@@ -33,7 +33,7 @@ TEST(Program, EveryFailureIsOneLineAStatusAndNoFile) {
     WriteFile(directory / "cut.pgm", "P5 2 1 255\na");
     WriteFile(directory / "none.pgm", "P5 0 1 255\n");
     WriteFile(directory / "huge.pgm", "P5 100000 100000 255\na");
-    WriteFile(directory / "large.pbm", "P4 10000 10000\n" + std::string(1250 * 10000, '\x0f'));
+    WriteFile(directory / "large.pbm", "P4 10000 10000\n" + std::string(std::size_t{1250} * 10000, '\x0f'));
     WriteFile(directory / "text.png", "no picture");
     WriteFile(directory / "empty.png", "");
     const FileBytes png = MakePng(RandomSamples(40, 40, 1, 8, 1), {});
@@ -163,7 +163,7 @@ TEST(Program, TheInputIsNeverTheOutput) {
 
 TEST(Program, APictureWithNothingInItIsNoResultAndNoFile) {
     const TemporaryDirectory directory;
-    const std::string blank = "P5 40 30 255\n" + std::string(40 * 30, '\xff');
+    const std::string blank = "P5 40 30 255\n" + std::string(std::size_t{40} * 30, '\xff');
     const ProgramResult result = RunTarvex({"trace", "-", "-o", directory / "a.svg"}, blank);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;

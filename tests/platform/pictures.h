@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -67,7 +68,7 @@ class Picture {
         const std::uint8_t* row = Row(y);
         if (m_depth == 1) return row[x / 8] >> (7 - x % 8) & 1;
         std::uint32_t value;
-        std::memcpy(&value, row + 4 * x, 4);
+        std::memcpy(&value, row + std::ptrdiff_t{4} * x, 4);
         return value;
     }
     void Set(int x, int y, std::uint32_t value) const {
@@ -76,7 +77,7 @@ class Picture {
             const int mask = 0x80 >> x % 8;
             row[x / 8] = static_cast<std::uint8_t>(value != 0 ? row[x / 8] | mask : row[x / 8] & ~mask);
         } else {
-            std::memcpy(row + 4 * x, &value, 4);
+            std::memcpy(row + std::ptrdiff_t{4} * x, &value, 4);
         }
     }
 
