@@ -129,7 +129,7 @@ TEST(ShapeTrace, TopDownBitmapsYieldNoContours) {
     void* bits = nullptr;
     const UniqueBitmap bitmap = ColourBitmap(40, -40, &bits);
     ASSERT_TRUE(bitmap);
-    std::memset(bits, 0xFF, 40 * 40 * 4);
+    std::memset(bits, 0xFF, std::size_t{40} * 40 * 4);
     CShapeTrace tracer(bitmap.Get());
     CPolyPolyBezier out;
     out.Add(new CArray<BPOINT, BPOINT>);
@@ -144,7 +144,7 @@ TEST(ShapeTrace, ColourBitmapsAreTracedWhereTheyAreLight) {
     void* bits = nullptr;
     const UniqueBitmap bitmap = ColourBitmap(40, 30, &bits);
     ASSERT_TRUE(bitmap);
-    std::memset(bits, 0xFF, 40 * 15 * 4);  // the lower half
+    std::memset(bits, 0xFF, std::size_t{40} * 15 * 4);  // the lower half
     CShapeTrace tracer(bitmap.Get());
     CPolyPolyBezier out;
     ASSERT_TRUE(tracer.DoTrace(out, 10));
