@@ -130,6 +130,15 @@ inline constexpr int COLORONCOLOR = 3;
 inline constexpr int WHITE_BRUSH = 0;
 inline constexpr int BLACK_BRUSH = 4;
 inline constexpr int NULL_BRUSH = 5;
+inline constexpr int WHITE_PEN = 6;
+inline constexpr int BLACK_PEN = 7;
+inline constexpr int NULL_PEN = 8;
+inline constexpr int PS_SOLID = 0;
+inline constexpr int PS_NULL = 5;
+inline constexpr int TRANSPARENT = 1;
+inline constexpr int OPAQUE = 2;
+inline constexpr int ALTERNATE = 1;
+inline constexpr int WINDING = 2;
 inline constexpr int HORZRES = 8;
 inline constexpr int VERTRES = 10;
 inline constexpr int BITSPIXEL = 12;
@@ -197,9 +206,13 @@ TARVEX_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
 /// and when the handle is not one. For a stock object true, and it lives on.
 TARVEX_API BOOL DeleteObject(HGDIOBJ object);
 
-/// A brush that is always there; null for an index other than that of one of the stock objects.
+/// A brush or pen that is always there; null for any other index. A new context has the white brush
+/// and the black pen.
 TARVEX_API HGDIOBJ GetStockObject(int index);
 TARVEX_API HBRUSH CreateSolidBrush(COLORREF colour);
+/// A solid pen (PS_SOLID) or one that draws nothing (PS_NULL); null for any other style. The sign of
+/// the width does not matter, and 0 and 1 both make the thin line.
+TARVEX_API HPEN CreatePen(int style, int width, COLORREF colour);
 
 // ---------------------------------------------------------------------------------------------
 // Pixels
@@ -239,6 +252,56 @@ TARVEX_API COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
 
 /// Nothing is ever pending: everything is drawn when its call returns. True.
 TARVEX_API BOOL GdiFlush();
+
+// ---------------------------------------------------------------------------------------------
+// Lines and paths
+//
+// Drawing takes the pen and the brush that are selected, does not smooth edges, and gives the same
+// pixels on every processor. Coordinates are pixel centres.
+//
+// The thin line between two pixels has one pixel for each step along its longer side (x when both are
+// equal); the other coordinate is the exact one rounded, halves away from the start. Its last pixel is
+// left out, so that lines joined end to end meet every pixel once, and a line of no length draws
+// nothing. A pen of width 2 or more sweeps a disc of that diameter along the line, round ends and
+// corners included; the pixels are those of the polygon around that area, so a horizontal or vertical
+// line is exactly as many pixels thick, the odd one of an even number being above or to the left.
+//
+// A filled area has the pixels whose centres it holds: those on its left and top edges are inside,
+// those on its right and bottom edges are not. Curves are followed to within 1/8 pixel by straight
+// pieces whose ends lie on sixteenths of a pixel; the thin line joins those ends rounded to pixels.
+
+/// Moves the current position; `former`, unless null, receives what it was.
+TARVEX_API BOOL MoveToEx(HDC dc, int x, int y, POINT* former);
+/// Draws a line from the current position to a point, which becomes the current position.
+TARVEX_API BOOL LineTo(HDC dc, int x, int y);
+/// Draws the lines between consecutive points, of which there must be two or more. The current
+/// position is neither used nor changed.
+TARVEX_API BOOL Polyline(HDC dc, const POINT* points, int count);
+/// Draws cubic curves: a start point, then two control points and an end point for each; so `count`
+/// must be 4, 7, 10... The current position is neither used nor changed.
+TARVEX_API BOOL PolyBezier(HDC dc, const POINT* points, DWORD count);
+
+/// Starts to record: until EndPath, the four operations above add to the path instead of drawing.
+/// What was recorded before is dropped.
+TARVEX_API BOOL BeginPath(HDC dc);
+/// Closes the last figure by a line to its start, and lets the next line start another.
+TARVEX_API BOOL CloseFigure(HDC dc);
+/// Ends the recording. CloseFigure and this fail when nothing is being recorded.
+TARVEX_API BOOL EndPath(HDC dc);
+
+// Each of these uses up the recorded path and fails when there is none. Open figures are filled as
+// though closed, and FillPath draws no outline.
+TARVEX_API BOOL FillPath(HDC dc);
+TARVEX_API BOOL StrokePath(HDC dc);
+/// Closes every figure, fills, and then draws the outlines.
+TARVEX_API BOOL StrokeAndFillPath(HDC dc);
+
+/// ALTERNATE: inside is what an odd number of outlines surrounds. WINDING: inside is what outlines
+/// surround more often in one direction than in the other. Returns the mode before, 0 when refused.
+TARVEX_API int SetPolyFillMode(HDC dc, int mode);
+/// Remembers TRANSPARENT or OPAQUE and returns the mode before, 0 when refused. Solid pens and brushes
+/// have no gaps for a background to show in.
+TARVEX_API int SetBkMode(HDC dc, int mode);
 
 // ---------------------------------------------------------------------------------------------
 // Rectangles

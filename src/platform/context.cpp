@@ -1,4 +1,6 @@
 // Device contexts, the stock objects, and what is selected where.
+#include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/objects.h"
@@ -52,6 +54,9 @@ struct StockObjects {
     Selected<Brush> white = RegisterStock(std::make_shared<Brush>(kColourBits));
     Selected<Brush> black = RegisterStock(std::make_shared<Brush>(PixelWord{0}));
     Selected<Brush> none = RegisterStock(std::make_shared<Brush>(std::nullopt));
+    Selected<Pen> whitePen = RegisterStock(std::make_shared<Pen>(kColourBits, 1));
+    Selected<Pen> blackPen = RegisterStock(std::make_shared<Pen>(PixelWord{0}, 1));
+    Selected<Pen> noPen = RegisterStock(std::make_shared<Pen>(std::nullopt, 1));
     Selected<Bitmap> placeholder = RegisterStock(MakePlaceholder());
 };
 
@@ -68,6 +73,7 @@ void* RegisterContext(Target target) {
         context->bitmap.handle = Stock().placeholder.handle;
         if (target == Target::Screen) context->bitmap.object = Screen();
         context->brush = Stock().white;
+        context->pen = Stock().blackPen;
         return context;
     });
 }
@@ -97,6 +103,7 @@ bool DropContext(HDC handle, Target target) {
     if (context == nullptr || context->screen != (target == Target::Screen)) return false;
     if (!context->screen) Replace<Bitmap>(context->bitmap, nullptr, nullptr);
     Replace<Brush>(context->brush, nullptr, nullptr);
+    Replace<Pen>(context->pen, nullptr, nullptr);
     dropped = registry.EraseLocked(handle);
     return true;
 }
@@ -152,6 +159,8 @@ HGDIOBJ SelectObject(HDC dc, HGDIOBJ handle) {
         return platform::SelectBitmapLocked(*context, handle, std::move(bitmap));
     if (auto brush = registry.FindLocked<Brush>(handle))
         return platform::Replace(context->brush, handle, std::move(brush));
+    if (auto pen = registry.FindLocked<platform::Pen>(handle))
+        return platform::Replace(context->pen, handle, std::move(pen));
     return nullptr;
 }
 
@@ -177,6 +186,12 @@ HGDIOBJ GetStockObject(int index) {
                 return stock.black.handle;
             case NULL_BRUSH:
                 return stock.none.handle;
+            case WHITE_PEN:
+                return stock.whitePen.handle;
+            case BLACK_PEN:
+                return stock.blackPen.handle;
+            case NULL_PEN:
+                return stock.noPen.handle;
             default:
                 return nullptr;
         }
@@ -188,6 +203,15 @@ HGDIOBJ GetStockObject(int index) {
 HBRUSH CreateSolidBrush(COLORREF colour) {
     return static_cast<HBRUSH>(
         platform::Register([colour] { return std::make_shared<Brush>(platform::SwapRedBlue(colour)); }));
+}
+
+HPEN CreatePen(int style, int width, COLORREF colour) {
+    if (style != PS_SOLID && style != PS_NULL) return nullptr;
+    return static_cast<HPEN>(platform::Register([=] {
+        const auto paint = style == PS_SOLID ? std::optional(platform::SwapRedBlue(colour)) : std::nullopt;
+        return std::make_shared<platform::Pen>(paint,
+                                               std::max<std::int64_t>(1, std::abs(std::int64_t{width})));
+    }));
 }
 
 }  // namespace tarvex

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 
+#include "platform/path.h"
 #include "platform/registry.h"
 #include "platform/surface.h"
 #include "tarvex/platform.h"
@@ -34,6 +35,14 @@ struct Brush : Object {
     const std::optional<PixelWord> colour;  ///< none: paints nothing
 };
 
+struct Pen : Object {
+    static constexpr Kind kKind = Kind::Pen;
+    Pen(std::optional<PixelWord> c, std::int64_t w) : Object(kKind), colour(c), width(w) {}
+
+    const std::optional<PixelWord> colour;  ///< none: draws nothing
+    const std::int64_t width;               ///< in pixels; 1 is the thin line
+};
+
 /// An object selected into a context, by its handle too, which the next selection returns.
 template <class T>
 struct Selected {
@@ -48,7 +57,13 @@ struct Context : Object {
     const bool screen;
     Selected<Bitmap> bitmap;  ///< the object is null before the first bitmap is selected
     Selected<Brush> brush;
+    Selected<Pen> pen;
+    POINT position{};
     int stretchMode = BLACKONWHITE;
+    int fillMode = ALTERNATE;
+    int backgroundMode = OPAQUE;
+    std::optional<Path> recording;  ///< between BeginPath and EndPath
+    std::optional<Path> path;       ///< after EndPath, until it is painted
 };
 
 /// Makes a bitmap of zero bits, or null when the header or memory does not allow it. The colours
