@@ -33,6 +33,7 @@
 
 #include "bezier/fit_kernels.h"
 #include "bezier/vector.h"
+#include "core/append.h"
 
 namespace tarvex {
 namespace {
@@ -239,12 +240,7 @@ void FitRun(std::span<const DPOINT> points, DPOINT startTangent, DPOINT endTange
 
 void FitCurve(const DPOINT* points, int n, CArray<BEZIER, BEZIER>* out, double error) {
     if (out == nullptr) return;
-    const std::vector<BEZIER> segments = FitWithEndTangents(points, n, error);
-    if (segments.empty()) return;
-    const int old = out->GetSize();
-    if (segments.size() > static_cast<std::size_t>(INT32_MAX - old)) AfxThrowMemoryException();
-    out->SetSize(old + static_cast<int>(segments.size()));
-    std::copy(segments.begin(), segments.end(), out->GetData() + old);
+    AppendAll(*out, FitWithEndTangents(points, n, error));
 }
 
 void FitCurve(const DPOINT* points, int n, CArray<BPOINT, BPOINT>* out, double error) {

@@ -21,6 +21,7 @@
 #include <limits>
 
 #include "bezier/vector.h"
+#include "core/append.h"
 
 namespace tarvex {
 namespace {
@@ -111,15 +112,6 @@ class Flattener {
     std::int64_t m_limit;  // a piece met when there are more points than this is final
 };
 
-void AppendTo(CArray<DPOINT, DPOINT>& out, const std::vector<DPOINT>& points) {
-    if (points.empty()) return;
-    const int old = out.GetSize();
-    if (points.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() - old))
-        AfxThrowMemoryException();
-    out.SetSize(old + static_cast<int>(points.size()));
-    std::memcpy(out.GetData() + old, points.data(), points.size() * sizeof(DPOINT));
-}
-
 }  // namespace
 
 void AppendFlattened(const CBezier& segment, std::vector<DPOINT>& out) {
@@ -136,7 +128,7 @@ void CBezier::GetPolyline(CArray<DPOINT, DPOINT>& out) const {
     std::vector<DPOINT> points;
     if (out.IsEmpty()) points.push_back(p0);
     AppendFlattened(*this, points);
-    AppendTo(out, points);
+    AppendAll(out, points);
 }
 
 void CBezier::GetBArray(BEZIER* work) const {
@@ -144,7 +136,7 @@ void CBezier::GetBArray(BEZIER* work) const {
     const std::int64_t given = std::int64_t{work->target->GetSize()} - work->startCount;
     std::vector<DPOINT> points;
     Flattener(work->flatness, given, points).Run(work->p0, work->p1, work->p2, work->p3);
-    AppendTo(*work->target, points);
+    AppendAll(*work->target, points);
 }
 
 void GetPolyline(const CArray<BPOINT, BPOINT>& nodes, CArray<DPOINT, DPOINT>& out, double resolution) {
@@ -156,7 +148,7 @@ void GetPolyline(const CArray<BPOINT, BPOINT>& nodes, CArray<DPOINT, DPOINT>& ou
         AppendFlattened(segment, points);
     }
     out.RemoveAll();
-    AppendTo(out, points);
+    AppendAll(out, points);
 }
 
 }  // namespace tarvex

@@ -10,11 +10,11 @@
 
 namespace tarvex {
 
-/// Appends all of `src`, which must not lie in `array`. Raises as the array does when they do not fit.
+/// Appends all of `src`, which must not lie in `array`. Raises CMemoryException when they do not fit.
 template <class T, class ARG>
 void AppendAll(CArray<T, ARG>& array, std::span<const std::type_identity_t<T>> src) {
     const int old = array.GetSize();
-    if (src.size() > static_cast<std::size_t>(INT32_MAX - old)) AfxThrowInvalidArgException();
+    if (src.size() > static_cast<std::size_t>(INT32_MAX - old)) AfxThrowMemoryException();
     if (src.empty()) return;
     array.SetSize(old + static_cast<int>(src.size()));
     std::copy(src.begin(), src.end(), array.GetData() + old);

@@ -1,3 +1,4 @@
+// Bitmaps in memory: made, described and deleted.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>

@@ -1,7 +1,10 @@
+// Recorded paths: figures of lines and curves in sixteenths of a pixel, and curves cut into chords.
 #include "platform/path.h"
 
 #include <algorithm>
 #include <cmath>
+
+#include "core/rounding.h"
 
 namespace tarvex::platform {
 namespace {
@@ -50,10 +53,8 @@ Point ToPoint(const POINT& p) { return {static_cast<double>(p.x), static_cast<do
 }  // namespace
 
 FixedPoint RoundToFixed(const Point& p) {
-    const auto round = [](double v) {
-        return static_cast<Fixed>(std::floor(v * static_cast<double>(kFixedOne) + 0.5));
-    };
-    return {round(p.x), round(p.y)};
+    constexpr auto one = static_cast<double>(kFixedOne);
+    return {RoundToInt64(p.x * one), RoundToInt64(p.y * one)};
 }
 
 void FlattenCurve(const Cubic& control, const Window& window, std::vector<FixedPoint>& points) {

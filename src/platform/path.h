@@ -30,7 +30,7 @@ struct Point {
     double y;
 };
 
-/// The nearest sixteenths, halves upwards, of a point of which 64 bits are known to hold them.
+/// The nearest sixteenths, halves upwards, saturating.
 FixedPoint RoundToFixed(const Point& p);
 
 /// The pixels that matter to whoever flattens: curves wholly to one side of them need not be followed.

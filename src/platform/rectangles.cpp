@@ -1,3 +1,4 @@
+// The rectangle helpers, with sides that stop at the ends of a coordinate's range.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
