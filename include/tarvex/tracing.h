@@ -4,3 +4,4 @@
 #include "tarvex/contours.h"
 #include "tarvex/raster.h"
 #include "tarvex/shapetrace.h"
+#include "tarvex/skeleton.h"
