@@ -193,8 +193,8 @@ TARVEX_API BOOL DeleteDC(HDC dc);
 TARVEX_API HDC GetDC(HWND window);
 /// 1 when the context was one of GetDC's, else 0 and nothing happens.
 TARVEX_API int ReleaseDC(HWND window, HDC dc);
-/// Pixels per inch (96 both ways), the screen's size (HORZRES, VERTRES), its depth (BITSPIXEL,
-/// PLANES); 0 for any other question and when the context is not one.
+/// Pixels per inch (96 both ways unless a hook says otherwise), the screen's size (HORZRES, VERTRES), its
+/// depth (BITSPIXEL, PLANES); 0 for any other question and when the context is not one.
 TARVEX_API int GetDeviceCaps(HDC dc, int index);
 
 /// Selects a bitmap, brush or pen and returns what was selected in its place, which the caller puts
@@ -332,6 +332,7 @@ struct DesktopHooks {
     void (*beep)() = nullptr;                       ///< by default silent
     std::int64_t (*secondsNow)() = nullptr;         ///< by default the system's clock, seconds since 1970
     void (*debugOutput)(const wchar_t*) = nullptr;  ///< by default dropped
+    int (*pixelsPerInch)() = nullptr;               ///< of every device; by default 96
 };
 
 /// Replaces all hooks, for the whole process, and returns the former ones.

@@ -2,3 +2,4 @@
 #pragma once
 
 #include "tarvex/envelope.h"
+#include "tarvex/scaledraw.h"

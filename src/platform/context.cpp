@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/desktop.h"
 #include "platform/objects.h"
 
 namespace tarvex {
@@ -11,7 +12,6 @@ namespace {
 
 constexpr int kScreenWidth = 1024;
 constexpr int kScreenHeight = 768;
-constexpr int kPixelsPerInch = 96;
 
 std::shared_ptr<Bitmap> MakeScreen() {
     static std::mutex drawing;
@@ -144,7 +144,7 @@ int GetDeviceCaps(HDC dc, int index) {
             return 1;
         case LOGPIXELSX:
         case LOGPIXELSY:
-            return platform::kPixelsPerInch;
+            return platform::PixelsPerInch();
         default:
             return 0;
     }

@@ -1,7 +1,9 @@
-// Keyboard, loudspeaker, clock and debugger, each behind a function that a program may replace.
+// Keyboard, loudspeaker, clock, debugger and resolution, each behind a function that a program may
+// replace.
 #include <atomic>
 #include <ctime>
 
+#include "platform/desktop.h"
 #include "tarvex/platform.h"
 
 namespace tarvex {
@@ -11,12 +13,19 @@ std::atomic<bool (*)()> g_abortRequested{nullptr};
 std::atomic<void (*)()> g_beep{nullptr};
 std::atomic<std::int64_t (*)()> g_secondsNow{nullptr};
 std::atomic<void (*)(const wchar_t*)> g_debugOutput{nullptr};
+std::atomic<int (*)()> g_pixelsPerInch{nullptr};
 
 }  // namespace
 
+int platform::PixelsPerInch() {
+    const auto hook = g_pixelsPerInch.load();
+    return hook != nullptr ? hook() : 96;
+}
+
 DesktopHooks SetDesktopHooks(const DesktopHooks& hooks) {
     return {g_abortRequested.exchange(hooks.abortRequested), g_beep.exchange(hooks.beep),
-            g_secondsNow.exchange(hooks.secondsNow), g_debugOutput.exchange(hooks.debugOutput)};
+            g_secondsNow.exchange(hooks.secondsNow), g_debugOutput.exchange(hooks.debugOutput),
+            g_pixelsPerInch.exchange(hooks.pixelsPerInch)};
 }
 
 SHORT GetAsyncKeyState(int key) {
