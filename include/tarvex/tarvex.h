@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tarvex/bezier.h"
+#include "tarvex/clipper.h"
 #include "tarvex/containers.h"
 #include "tarvex/framework.h"
 #include "tarvex/geometry.h"
