@@ -121,6 +121,7 @@ int RunProgram(int argc, const char* const* argv) {
     AddTraceCommand(program, action);
     AddTransformCommand(program, action);
     AddWarpCommand(program, action);
+    AddRenderCommand(program, action);
     AddInfoCommand(program, action);
     try {
         program.parse(argc, argv);

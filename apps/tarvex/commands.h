@@ -20,6 +20,8 @@ void AddTraceCommand(CLI::App& program, Action& action);
 void AddTransformCommand(CLI::App& program, Action& action);
 /// `tarvex warp`.
 void AddWarpCommand(CLI::App& program, Action& action);
+/// `tarvex render`.
+void AddRenderCommand(CLI::App& program, Action& action);
 /// `tarvex info`.
 void AddInfoCommand(CLI::App& program, Action& action);
 

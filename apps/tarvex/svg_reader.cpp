@@ -1,5 +1,5 @@
 // The walk over the XML tree. What an element inherits (the transform, the viewport that percentages
-// refer to, the stroke) is passed down by value. The tree's depth is checked before, without recursion,
+// refer to, stroke and paint) is passed down by value. The tree's depth is checked before, without recursion,
 // so the walk can recurse.
 #include "tarvex/svg_reader.h"
 
@@ -37,6 +37,7 @@ struct Inherited {
     bool isShown = true;
     bool isVisible = true;
     SvgStroke stroke;
+    SvgPaint paint;
 };
 
 class DepthCheck : public pugi::xml_tree_walker {
@@ -179,6 +180,9 @@ class Reader {
             if (value && *value != "inherit")
                 state.stroke.lengths[i] = Lengths(*value, state.viewport.Diagonal());
         }
+        for (std::size_t i = 0; i < SvgPaint::PROPERTIES.size(); ++i) {
+            if (const auto value = Property(node, SvgPaint::PROPERTIES[i])) state.paint.Set(i, *value);
+        }
         m_document.hasReferences = m_document.hasReferences || RefersToOthers(node);
     }
 
@@ -268,6 +272,7 @@ class Reader {
         element.isShown = state.isShown && state.isVisible;
         element.scale = state.toRoot.Scale();
         element.stroke = state.stroke;
+        element.paint = state.paint;
         if (const auto effect = Property(node, "vector-effect"))
             element.stroke.isScaled = *effect != "non-scaling-stroke";
         element.node = node;

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "tarvex/containers.h"
+#include "tarvex/svg_paint.h"
 
 namespace tarvex::app {
 
@@ -60,6 +61,7 @@ struct SvgElement {
     bool isShown = true;      ///< false inside display="none" and for visibility="hidden"
     double scale = 1;         ///< how much larger the root's user space shows the element's own units
     SvgStroke stroke;
+    SvgPaint paint;
     bool isLines = false;  ///< nothing but single lines, which fill nothing, however they are bent later
     pugi::xml_node node;
 };

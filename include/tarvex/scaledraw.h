@@ -4,8 +4,8 @@
 // are integers, y growing in the same direction as in the document. Rounding to a pixel is floor(v + 0.5),
 // saturating at the ends of the range; NaN becomes pixel 0.
 //
-// Nothing here fails or raises, except that PolyBezier raises CMemoryException when memory is short. Any
-// value may be given, NaN and infinities included: what has no answer comes out as NaN or infinity.
+// Nothing here fails or raises, except that what makes points raises CMemoryException when memory is short.
+// Any value may be given, NaN and infinities included: what has no answer comes out as NaN or infinity.
 #pragma once
 
 #include "tarvex/platform.h"
@@ -41,6 +41,9 @@ class TARVEX_API CScaleDraw {
     int y2s(double y) const;
     tagPOINT p2s(const DPOINT& p) const;
     tagPOINT p2s(const FPOINT& p) const;
+    /// Replaces `points` by a contour in pixels, as the platform's PolyBezier takes it: the first anchor,
+    /// then two control points and an anchor for each segment. A contour of fewer than two nodes gives none.
+    void p2s(const CArray<BPOINT, BPOINT>& contour, CArray<tagPOINT, tagPOINT>& points) const;
 
     // ---- From pixels to the document
 

@@ -61,6 +61,21 @@ int CScaleDraw::y2s(double y) const { return RoundToInt(y2sd(y)); }
 tagPOINT CScaleDraw::p2s(const DPOINT& p) const { return {x2s(p.x), y2s(p.y)}; }
 tagPOINT CScaleDraw::p2s(const FPOINT& p) const { return p2s(DPOINT{p.x, p.y}); }
 
+void CScaleDraw::p2s(const CArray<BPOINT, BPOINT>& contour, CArray<tagPOINT, tagPOINT>& points) const {
+    constexpr int mostNodes = INT32_MAX / 3;
+    const int count = contour.GetSize();
+    if (count > mostNodes) AfxThrowMemoryException();
+    points.SetSize(count < 2 ? 0 : 3 * count - 2);
+    if (count < 2) return;
+    tagPOINT* out = points.GetData();
+    *out++ = p2s(contour[0].pt);
+    for (int i = 1; i < count; ++i) {
+        *out++ = p2s(contour[i - 1].cp2);
+        *out++ = p2s(contour[i].cp1);
+        *out++ = p2s(contour[i].pt);
+    }
+}
+
 double CScaleDraw::s2x(double sx) const { return (sx - m_pixelX) / m_scale + m_offsetX; }
 double CScaleDraw::s2y(double sy) const { return (sy - m_pixelY) / m_scale + m_offsetY; }
 // In doubles, which hold every difference of two pixels.

@@ -60,6 +60,25 @@ TEST(ScaleDraw, MapsThereAndBack) {
     });
 }
 
+TEST(ScaleDraw, MapsContoursToRunsOfCurves) {
+    CScaleDraw view;
+    view.SetScale(2);
+    CArray<BPOINT, BPOINT> contour;
+    CArray<tagPOINT, tagPOINT> run;
+    contour.Add({{-9, -9}, {0, 0}, {1, 0}});
+    run.SetSize(5);
+    view.p2s(contour, run);
+    EXPECT_TRUE(run.IsEmpty()) << "a single node is no curve";
+    contour.Add({{2, 1}, {3, 1}, {4, 1.3}});
+    contour.Add({{5, 2}, {kNaN, kInf}, {-9, -9}});
+    view.p2s(contour, run);
+    std::vector<std::pair<int, int>> points;
+    for (const tagPOINT& p : run) points.emplace_back(p.x, p.y);
+    EXPECT_THAT(points,
+                testing::ElementsAre(std::pair{0, 0}, std::pair{2, 0}, std::pair{4, 2}, std::pair{6, 2},
+                                     std::pair{8, 3}, std::pair{10, 4}, std::pair{0, kMax}));
+}
+
 TEST(ScaleDraw, KeepsScalesPositiveAndWithinTheLimits) {
     CScaleDraw view;
     for (const auto& [asked, got] :
