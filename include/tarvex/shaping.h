@@ -66,9 +66,26 @@ enum ShapingOperation : int {
 /// fraction of a second.
 TARVEX_API bool PolyPolyBezierShaping(int op, CPolyPolyBezier& a, CPolyPolyBezier& b);
 
-/// The raster path: a := a op b, by way of bitmaps of up to 2000 pixels on their longer side. Codes other
-/// than 0 and 1 mean the union. `fillModeA` and `fillModeB` say what is inside: 1 (ALTERNATE) makes
-/// holes of nested contours, 2 (WINDING) fills every contour by itself.
+/// The raster path: a := a op b, by way of bitmaps. `b` is not changed.
+///
+/// 0 is the difference and 1 the intersection; every other code, 2 (SHAPING_XOR) among them, is the union:
+/// deliberately, the raster path has no exclusive or.
+///
+/// `fillModeA` and `fillModeB` say what is inside a shape: 2 (WINDING) fills every contour by itself, so that
+/// nested contours are filled solid; 1 (ALTERNATE), and every other value, makes holes of them. Open
+/// contours count as closed by a line. Contours of fewer than two nodes, and null slots, are passed over.
+///
+/// A pixel is a document unit; when the rectangle around both shapes (rounded to whole units) is longer than
+/// 2000 either way, it is scaled to fit: 4000 by 1000 units are drawn into 2000 by 500 pixels. Two pixels on
+/// every side stay free. The result is traced by CShapeTrace with 10 as the least number of points, so
+/// - its outlines are within about three pixels of the true ones, its corners are rounded by as much, and its
+///   nodes are new: `flags` 0, outer contours counterclockwise on a screen, holes clockwise;
+/// - parts thinner or smaller than some 10 pixels can be missing. Scale small drawings up before: of
+///   those under 7 units nothing sensible comes out.
+///
+/// False: nothing to draw (the rectangle has no width or no height, or is over 4000 times as long as
+/// wide), a bitmap that cannot be made, a result without contours. Plain shapes take some milliseconds,
+/// whatever their number of nodes; the trace of intricate ones takes longer.
 TARVEX_API bool PolyPolyBezierBmpShaping(int op, CPolyPolyBezier& a, CPolyPolyBezier& b, int fillModeA,
                                          int fillModeB);
 
