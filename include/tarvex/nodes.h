@@ -34,4 +34,37 @@ TARVEX_API int AddPointToPolyBezier(CArray<BPOINT, BPOINT>* contour, DPOINT p, b
 /// Whatever else the contour has stays as it is, bit for bit; so does a contour of fewer than two nodes.
 TARVEX_API void FixBezierCP(CArray<BPOINT, BPOINT>& contour);
 
+/// One node, with what an editor does to it. Its three points always move together, and its `flags` stay.
+class TARVEX_API CBezierPoint {
+  public:
+    explicit CBezierPoint(const BPOINT& node) : m_node(node) {}
+
+    /// The node as it is now.
+    const BPOINT& GetNode() const { return m_node; }
+
+    /// 1 if both handles are at least 0.1 long and the anchor lies less than 0.1 from the line through the
+    /// control points, else 0: a node with a collapsed handle is never smooth, one whose handles fold back
+    /// onto each other is. In drawing units; the free IsSmooth below looks at angles instead.
+    int IsSmooth() const;
+
+    /// Subtracts the offset: the node moves by (-dx, -dy). Deliberate: callers pass the vector from the new
+    /// position to the old one.
+    void Move(DPOINT d);
+    void Move(double dx, double dy);
+
+    /// Turns the node about (cx, cy), from +x towards +y, as the free Rotate does.
+    void Rotate(double cx, double cy, double angle);
+
+    /// Multiplies the points' offsets from `c` by (sx, sy).
+    void Stretch(DPOINT c, double sx, double sy);
+
+    /// Puts both control points on one line through the anchor, each a third as far away as the neighbouring
+    /// anchor on its side, so that the line halves the angle that the neighbours leave open. A neighbour on
+    /// the anchor collapses its handle.
+    void Smooth(DPOINT prev, DPOINT next);
+
+  private:
+    BPOINT m_node;
+};
+
 }  // namespace tarvex

@@ -2,4 +2,5 @@
 #pragma once
 
 #include "tarvex/envelope.h"
+#include "tarvex/random.h"
 #include "tarvex/scaledraw.h"
