@@ -1,0 +1,106 @@
+// The clipper's three stages: edges between sorted vertices, pieces that only meet, contours.
+#include "shaping/clip/clip.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "shaping/clip/sweep.h"
+#include "tarvex/framework.h"
+
+namespace tarvex::clip {
+namespace {
+
+bool IsFinite(std::span<const DPOINT> contour) {
+    return std::all_of(contour.begin(), contour.end(),
+                       [](const DPOINT& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
+}
+
+/// Collects the contours' vertices and edges, and gives out the arrangement of the edges, uncut.
+class Gatherer {
+  public:
+    void Add(Contours contours, std::uint8_t bit) {
+        for (const std::span<const DPOINT> contour : contours) {
+            if (contour.empty() || !IsFinite(contour)) continue;
+            if (contour.size() > std::size_t{std::numeric_limits<std::int32_t>::max()} - m_corners.size())
+                AfxThrowMemoryException();
+            const auto first = static_cast<std::int32_t>(m_corners.size());
+            const auto count = static_cast<std::int32_t>(contour.size());
+            for (std::int32_t i = 0; i < count; ++i) {
+                const DPOINT& p = contour[static_cast<std::size_t>(i)];
+                m_corners.push_back({{p.x, p.y}, first + i});
+                m_next.push_back(first + (i + 1) % count);
+                m_bits.push_back(bit);
+            }
+        }
+    }
+
+    Arrangement Edges() {
+        std::sort(m_corners.begin(), m_corners.end(),
+                  [](const Corner& c, const Corner& d) { return Before(c.at, d.at); });
+        Arrangement result;
+        std::vector<std::int32_t> vertexOf(m_corners.size());
+        for (const Corner& corner : m_corners) {
+            if (result.vertices.empty() || !Same(result.vertices.back(), corner.at))
+                result.vertices.push_back(corner.at);
+            vertexOf[static_cast<std::size_t>(corner.number)] =
+                static_cast<std::int32_t>(result.vertices.size()) - 1;
+        }
+        result.pieces.reserve(m_next.size());
+        result.edges.reserve(m_next.size());
+        for (std::size_t i = 0; i < m_next.size(); ++i) {
+            const std::int32_t from = vertexOf[i];
+            const std::int32_t to = vertexOf[static_cast<std::size_t>(m_next[i])];
+            if (from == to) continue;
+            Piece piece;
+            piece.a = std::min(from, to);
+            piece.b = std::max(from, to);
+            piece.edge = static_cast<std::int32_t>(result.edges.size());
+            piece.parity = m_bits[i];
+            result.pieces.push_back(piece);
+            result.edges.push_back({result.vertices[static_cast<std::size_t>(piece.a)],
+                                    result.vertices[static_cast<std::size_t>(piece.b)]});
+        }
+        return result;
+    }
+
+  private:
+    struct Corner {
+        Point at;
+        std::int32_t number;
+    };
+    std::vector<Corner> m_corners;
+    std::vector<std::int32_t> m_next;
+    std::vector<std::uint8_t> m_bits;
+};
+
+bool IsInside(Operation operation, bool inSubject, bool inClip) {
+    switch (operation) {
+        case Operation::difference:
+            return inSubject && !inClip;
+        case Operation::intersection:
+            return inSubject && inClip;
+        case Operation::exclusiveOr:
+            return inSubject != inClip;
+        case Operation::unite:
+            return inSubject || inClip;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::vector<Contour> Clip(Operation operation, Contours subject, Contours clip) {
+    Gatherer gatherer;
+    gatherer.Add(subject, subjectBit);
+    gatherer.Add(clip, clipBit);
+    Arrangement arrangement = gatherer.Edges();
+    Arrange(arrangement);
+    Region region;
+    for (std::uint8_t side = 0; side < 4; ++side)
+        region[side] = IsInside(operation, (side & subjectBit) != 0, (side & clipBit) != 0);
+    return TraceBoundary(arrangement, region);
+}
+
+}  // namespace tarvex::clip

@@ -1,0 +1,88 @@
+// The crossing of two lines in double-double arithmetic. Nothing is decided here: whether segments cross
+// is known exactly before, and any point in both bounding boxes would keep the sweep consistent. What
+// depends on the precision is how near the result comes to the true one.
+#include "shaping/clip/crossing.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "shaping/clip/double_double.h"
+
+namespace tarvex::clip {
+namespace {
+
+struct Box {
+    double left, right, bottom, top;
+
+    bool Holds(const Point& p) const { return p.x >= left && p.x <= right && p.y >= bottom && p.y <= top; }
+};
+
+Box CommonBox(const Segment& e, const Segment& f) {
+    return {std::max(std::min(e.a.x, e.b.x), std::min(f.a.x, f.b.x)),
+            std::min(std::max(e.a.x, e.b.x), std::max(f.a.x, f.b.x)), std::max(e.a.y, f.a.y),
+            std::min(e.b.y, f.b.y)};
+}
+
+/// A total order, so that a pair has a first one whichever way round it comes.
+bool Precedes(const Segment& e, const Segment& f) {
+    if (!Same(e.a, f.a)) return Before(e.a, f.a);
+    return Before(e.b, f.b);
+}
+
+/// The power of two that brings coordinates whose products could overflow or vanish near to 1; 0 if
+/// there are none.
+int NeededScale(const Segment& e, const Segment& f) {
+    double size = 0;
+    for (const Point& p : {e.a, e.b, f.a, f.b}) size = std::max({size, std::fabs(p.x), std::fabs(p.y)});
+    if (size > 0x1p-200 && size < 0x1p200) return 0;
+    int exponent = 0;
+    std::frexp(size, &exponent);
+    return -exponent;
+}
+
+Segment Scaled(const Segment& e, int exponent) {
+    const auto scaled = [exponent](const Point& p) {
+        return Point{std::ldexp(p.x, exponent), std::ldexp(p.y, exponent)};
+    };
+    return {scaled(e.a), scaled(e.b)};
+}
+
+/// NaN or infinite when the lines are parallel as far as this precision can tell.
+Point LineCrossing(const Segment& e, const Segment& f) {
+    const DoubleDouble ex = Difference(e.b.x, e.a.x);
+    const DoubleDouble ey = Difference(e.b.y, e.a.y);
+    const DoubleDouble fx = Difference(f.b.x, f.a.x);
+    const DoubleDouble fy = Difference(f.b.y, f.a.y);
+    const DoubleDouble apartX = Difference(f.a.x, e.a.x);
+    const DoubleDouble apartY = Difference(f.a.y, e.a.y);
+    const DoubleDouble t = (apartX * fy - apartY * fx) / (ex * fy - ey * fx);
+    const DoubleDouble x = DoubleDouble{e.a.x, 0} + t * ex;
+    const DoubleDouble y = DoubleDouble{e.a.y, 0} + t * ey;
+    return {x.high, y.high};
+}
+
+Point Crossing(const Segment& e, const Segment& f) {
+    const Segment& first = Precedes(e, f) ? e : f;
+    const Segment& second = Precedes(e, f) ? f : e;
+    const int scale = NeededScale(e, f);
+    if (scale == 0) return LineCrossing(first, second);
+    const Point p = LineCrossing(Scaled(first, scale), Scaled(second, scale));
+    return {std::ldexp(p.x, -scale), std::ldexp(p.y, -scale)};
+}
+
+double Within(double value, double low, double high) {
+    if (std::isnan(value)) return low / 2 + high / 2;
+    return std::clamp(value, low, high);
+}
+
+}  // namespace
+
+Point CutPoint(const Segment& e, const Segment& eEdge, const Segment& f, const Segment& fEdge) {
+    const Box box = CommonBox(e, f);
+    const Point ofEdges = Crossing(eEdge, fEdge);
+    if (box.Holds(ofEdges)) return ofEdges;
+    const Point ofPieces = Crossing(e, f);
+    return {Within(ofPieces.x, box.left, box.right), Within(ofPieces.y, box.bottom, box.top)};
+}
+
+}  // namespace tarvex::clip

@@ -1,0 +1,572 @@
+// Cuts edges where they meet, and sets what is inside beside each piece, by sweeping a line upwards over
+// them until a run finds nothing left to cut.
+#include "shaping/clip/sweep.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <numeric>
+#include <span>
+#include <utility>
+
+#include "shaping/clip/crossing.h"
+#include "shaping/clip/double_double.h"
+#include "shaping/clip/predicates.h"
+#include "shaping/clip/status.h"
+#include "tarvex/framework.h"
+
+namespace tarvex::clip {
+namespace {
+
+constexpr std::int32_t none = -1;
+
+std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
+
+/// The size of a vector as a number for its next element.
+template <class T>
+std::int32_t NextNumber(const std::vector<T>& elements) {
+    if (elements.size() >= std::numeric_limits<std::int32_t>::max()) AfxThrowMemoryException();
+    return static_cast<std::int32_t>(elements.size());
+}
+
+/// For every vertex the pieces that start there (or end there): `items` from `first[v]` to `first[v + 1]`.
+struct Incidence {
+    std::vector<std::int32_t> first;
+    std::vector<std::int32_t> items;
+
+    Incidence(std::size_t vertexCount, const std::vector<Piece>& pieces, std::int32_t Piece::*end)
+        : first(vertexCount + 1), items(pieces.size()) {
+        for (const Piece& piece : pieces) ++first[Index(piece.*end)];
+        std::partial_sum(first.begin(), first.end(), first.begin());
+        for (std::size_t i = pieces.size(); i-- > 0;)
+            items[Index(--first[Index(pieces[i].*end)])] = static_cast<std::int32_t>(i);
+    }
+
+    std::span<const std::int32_t> At(std::size_t vertex) const {
+        return std::span(items).subspan(Index(first[vertex]), Index(first[vertex + 1] - first[vertex]));
+    }
+};
+
+/// One run of the sweep over the pieces of an arrangement.
+class Sweep {
+  public:
+    Sweep(const Arrangement& input, double snap);
+
+    /// Whether nothing was moved: then the output is final, sides included.
+    bool Run();
+    /// The pieces and vertices after the run.
+    void Take(Arrangement& output);
+
+  private:
+    enum class State : std::uint8_t {
+        waiting,  ///< starts at a later event
+        joining,  ///< starts at the event at hand
+        active,   ///< in the status
+        leaving,  ///< in the status, ends at the event at hand
+        done
+    };
+
+    struct Item {
+        Point a;
+        Point b;
+        std::int32_t place = none;     ///< in the status
+        std::int32_t follower = none;  ///< the piece of the same edge that starts where this one ends
+        std::int32_t aVertex = none;
+        std::int32_t edge = 0;
+        std::uint8_t parity = 0;
+        std::uint8_t left = 0;
+        State state = State::waiting;
+    };
+
+    /// Something to be looked after at a point: items that start or end there, or none.
+    struct Event {
+        Point at;
+        std::int32_t first = none;
+        std::int32_t second = none;
+    };
+    static bool Later(const Event& e, const Event& f) { return Before(f.at, e.at); }
+
+    /// What a comparison of two neighbours came to.
+    enum class Outcome { settled, reachesEvent };
+
+    bool NextEvent();
+    void Attend(std::int32_t item);
+    void Process();
+    bool Locate();
+    void SortJoining();
+    void MergeOverlaps();
+    bool ResolveNeighbours();
+    bool Resolve(std::int32_t& l, std::int32_t& r);
+    void SnapToEvent(std::int32_t place);
+    bool PassesNear(const Item& item) const;
+    std::int32_t Cut(std::int32_t item, const Point& at, bool inexact);
+    bool LeaveAtEvent(std::int32_t item);
+    void Replace();
+    void Finish(std::int32_t item, std::int32_t atVertex);
+    std::int32_t AddItem(const Item& item);
+    std::int32_t AddVertex(const Point& p);
+    void Push(const Point& at, std::int32_t first, std::int32_t second = none);
+    void PreferEdge(Item& kept, const Item& other) const;
+    bool ProperlyCross(const Item& l, const Item& r) const;
+
+    Item& At(std::int32_t i) { return m_items[Index(i)]; }
+    const Item& At(std::int32_t i) const { return m_items[Index(i)]; }
+
+    const Arrangement& m_input;
+    double m_snap;  ///< pieces that pass an event nearer than this many units in the last place are led
+                    ///< through it
+    Incidence m_starts;
+    Incidence m_ends;
+    std::size_t m_nextVertex = 0;
+    std::vector<Item> m_items;
+    std::vector<Event> m_events;  ///< a heap
+    Status m_status;
+
+    Point m_at;  ///< the event at hand
+    std::int32_t m_atVertex = none;
+    std::vector<std::int32_t> m_leaving;  ///< items that end here
+    std::vector<std::int32_t> m_joining;  ///< items that start here, later from left to right
+    std::int32_t m_firstPlace = none;     ///< the run of places that leaving items have
+    std::int32_t m_lastPlace = none;
+    std::int32_t m_leftPlace = none;  ///< the places beside the event
+    std::int32_t m_rightPlace = none;
+
+    bool m_moved = false;   ///< some piece was not cut exactly
+    bool m_ordered = true;  ///< the output's vertices are in sweep order
+    std::vector<Point> m_vertices;
+    std::vector<Piece> m_pieces;
+};
+
+Sweep::Sweep(const Arrangement& input, double snap)
+    : m_input(input),
+      m_snap(snap),
+      m_starts(input.vertices.size(), input.pieces, &Piece::a),
+      m_ends(input.vertices.size(), input.pieces, &Piece::b) {
+    m_items.reserve(input.pieces.size() * 2);
+    m_vertices.reserve(input.vertices.size());
+    for (const Piece& piece : input.pieces) {
+        Item item;
+        item.a = input.vertices[Index(piece.a)];
+        item.b = input.vertices[Index(piece.b)];
+        item.edge = piece.edge;
+        item.parity = piece.parity;
+        m_items.push_back(item);
+    }
+}
+
+bool Sweep::Run() {
+    while (NextEvent()) {
+        if (!m_leaving.empty() || !m_joining.empty()) Process();
+    }
+    return !m_moved;
+}
+
+/// Goes to the next point and gathers what starts and ends there; false after the last one.
+bool Sweep::NextEvent() {
+    m_leaving.clear();
+    m_joining.clear();
+    const bool given = m_nextVertex < m_input.vertices.size();
+    if (!given && m_events.empty()) return false;
+    m_at = given ? m_input.vertices[m_nextVertex] : m_events.front().at;
+    if (!m_events.empty() && Before(m_events.front().at, m_at)) m_at = m_events.front().at;
+    if (given && Same(m_input.vertices[m_nextVertex], m_at)) {
+        for (const std::int32_t item : m_ends.At(m_nextVertex)) Attend(item);
+        for (const std::int32_t item : m_starts.At(m_nextVertex)) Attend(item);
+        ++m_nextVertex;
+    }
+    while (!m_events.empty() && Same(m_events.front().at, m_at)) {
+        const Event event = m_events.front();
+        std::pop_heap(m_events.begin(), m_events.end(), Later);
+        m_events.pop_back();
+        Attend(event.first);
+        Attend(event.second);
+    }
+    return true;
+}
+
+/// Notes that an item starts or ends at the event, if it does: after cuts, some announced at the event
+/// no longer do.
+void Sweep::Attend(std::int32_t item) {
+    while (item != none) {
+        Item& i = At(item);
+        if (i.state == State::active && Same(i.b, m_at)) {
+            i.state = State::leaving;
+            m_leaving.push_back(item);
+            item = i.follower;
+        } else {
+            if (i.state == State::waiting && Same(i.a, m_at)) {
+                i.state = State::joining;
+                m_joining.push_back(item);
+            }
+            return;
+        }
+    }
+}
+
+void Sweep::Process() {
+    m_atVertex = AddVertex(m_at);
+    if (!Locate()) return;
+    do {
+        for (const std::int32_t item : m_joining) At(item).aVertex = m_atVertex;
+        SortJoining();
+        MergeOverlaps();
+    } while (!ResolveNeighbours());
+    Replace();
+}
+
+/// Finds the places beside the event. A piece that the event is found to lie on is cut there.
+bool Sweep::Locate() {
+    m_firstPlace = m_lastPlace = none;
+    if (m_leaving.empty()) {
+        const Status::Gap gap = m_status.Find([this](std::int32_t piece) {
+            const Item& i = At(piece);
+            return Turn(i.a, i.b, m_at);
+        });
+        m_leftPlace = gap.left;
+        m_rightPlace = gap.right;
+        if (gap.on == none) return true;
+        m_firstPlace = m_lastPlace = gap.on;
+        LeaveAtEvent(m_status.PieceAt(gap.on));
+    } else {
+        m_firstPlace = m_lastPlace = At(m_leaving.front()).place;
+    }
+    const auto leaves = [this](std::int32_t place) {
+        return place != none && At(m_status.PieceAt(place)).state == State::leaving;
+    };
+    std::size_t count = 1;
+    for (; leaves(m_status.Left(m_firstPlace)); ++count) m_firstPlace = m_status.Left(m_firstPlace);
+    for (; leaves(m_status.Right(m_lastPlace)); ++count) m_lastPlace = m_status.Right(m_lastPlace);
+    m_leftPlace = m_status.Left(m_firstPlace);
+    m_rightPlace = m_status.Right(m_lastPlace);
+    if (count == m_leaving.size()) return true;
+
+    // Only after pieces were moved: what leaves does not stand together. Take out what stands elsewhere.
+    m_moved = true;
+    std::vector<std::int32_t> run;
+    for (std::int32_t place = m_firstPlace;; place = m_status.Right(place)) {
+        run.push_back(m_status.PieceAt(place));
+        if (place == m_lastPlace) break;
+    }
+    for (const std::int32_t item : m_leaving) {
+        if (std::find(run.begin(), run.end(), item) != run.end()) continue;
+        m_status.Remove(At(item).place);
+        Finish(item, m_atVertex);
+    }
+    m_leaving = run;
+    m_leftPlace = m_status.Left(m_firstPlace);
+    m_rightPlace = m_status.Right(m_lastPlace);
+    return true;
+}
+
+/// Cuts an active item at the event; the first part leaves, the second joins.
+bool Sweep::LeaveAtEvent(std::int32_t item) {
+    Item rest = At(item);
+    rest.a = m_at;
+    rest.place = none;
+    rest.state = State::joining;
+    // The item keeps its number for the part that goes on, because events name it; its place goes to the part
+    // that leaves.
+    Item ended = At(item);
+    ended.b = m_at;
+    ended.follower = none;
+    ended.state = State::leaving;
+    At(item) = rest;
+    const std::int32_t number = AddItem(ended);
+    m_status.SetPiece(ended.place, number);
+    m_leaving.push_back(number);
+    m_joining.push_back(item);
+    At(item).aVertex = m_atVertex;
+    return true;
+}
+
+void Sweep::SortJoining() {
+    if (m_joining.size() < 2) return;
+    std::sort(m_joining.begin(), m_joining.end(), [this](std::int32_t i, std::int32_t j) {
+        if (i == j) return false;
+        const int turn = Turn(m_at, At(j).b, At(i).b);
+        if (turn != 0) return turn > 0;
+        return Before(At(i).b, At(j).b);
+    });
+}
+
+/// Of items that leave the event in the same direction, the longer ones are cut at the end of the
+/// shortest and start there; what remains here is one item, or none when nothing changes across it.
+void Sweep::MergeOverlaps() {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < m_joining.size();) {
+        const std::int32_t item = m_joining[i];
+        std::size_t j = i + 1;
+        for (; j < m_joining.size() && Turn(m_at, At(item).b, At(m_joining[j]).b) == 0; ++j) {
+            const std::int32_t other = m_joining[j];
+            Item& o = At(other);
+            At(item).parity ^= o.parity;
+            PreferEdge(At(item), o);
+            if (Same(o.b, At(item).b)) {
+                o.state = State::done;
+                if (o.follower != none) Push(o.b, o.follower);
+            } else {
+                o.a = At(item).b;
+                o.state = State::waiting;
+                Push(o.a, other);
+            }
+        }
+        Item& merged = At(item);
+        if (merged.parity != 0) {
+            m_joining[kept++] = item;
+        } else {
+            merged.state = State::done;
+            if (merged.follower != none) Push(merged.b, merged.follower);
+        }
+        i = j;
+    }
+    m_joining.resize(kept);
+}
+
+/// Cuts what crosses among the new neighbours. False when something was cut at the event itself, which
+/// then takes part in it.
+bool Sweep::ResolveNeighbours() {
+    const std::size_t joiningBefore = m_joining.size();
+    if (m_snap > 0) {
+        SnapToEvent(m_leftPlace);
+        SnapToEvent(m_rightPlace);
+        if (m_joining.size() != joiningBefore) return false;
+    }
+    std::int32_t l = m_leftPlace == none ? none : m_status.PieceAt(m_leftPlace);
+    std::int32_t r = m_rightPlace == none ? none : m_status.PieceAt(m_rightPlace);
+    if (m_joining.empty()) {
+        if (l != none && r != none) Resolve(l, r);
+    } else {
+        if (l != none) {
+            std::int32_t first = m_joining.front();  // a copy: a cut at the event makes the list grow
+            Resolve(l, first);
+            m_joining.front() = first;
+        }
+        if (r != none && m_joining.size() == joiningBefore) {
+            std::int32_t last = m_joining.back();
+            Resolve(last, r);
+            m_joining[joiningBefore - 1] = last;
+        }
+    }
+    return m_joining.size() == joiningBefore;
+}
+
+void Sweep::SnapToEvent(std::int32_t place) {
+    if (place == none) return;
+    const std::int32_t item = m_status.PieceAt(place);
+    if (PassesNear(At(item))) Cut(item, m_at, true);
+}
+
+/// Whether a piece passes through the rectangle about the event whose sides are 2 m_snap units in the
+/// last place of its coordinates. An estimate: only where pieces go depends on it.
+bool Sweep::PassesNear(const Item& item) const {
+    constexpr double unit = std::numeric_limits<double>::epsilon();
+    const double dx = item.b.x - item.a.x;
+    const double dy = item.b.y - item.a.y;
+    const DoubleDouble turn = DoubleDouble{dx, 0} * Difference(m_at.y, item.a.y) -
+                              DoubleDouble{dy, 0} * Difference(m_at.x, item.a.x);
+    const double reach = std::fabs(m_at.x * dy) + std::fabs(m_at.y * dx);
+    return std::fabs(turn.high) <= m_snap * unit * reach;
+}
+
+bool Sweep::ProperlyCross(const Item& l, const Item& r) const {
+    return Turn(l.a, l.b, r.a) * Turn(l.a, l.b, r.b) < 0 && Turn(r.a, r.b, l.a) * Turn(r.a, r.b, l.b) < 0;
+}
+
+/// Cuts two pieces, `l` left of `r` at the event, if they meet later on.
+bool Sweep::Resolve(std::int32_t& l, std::int32_t& r) {
+    const Item& left = At(l);
+    const Item& right = At(r);
+    if (Same(left.b, right.b)) return false;
+    const bool leftEndsFirst = Before(left.b, right.b);
+    const int side = leftEndsFirst ? Turn(right.a, right.b, left.b) : -Turn(left.a, left.b, right.b);
+    if (side > 0) return false;
+    if (side == 0) {
+        if (leftEndsFirst)
+            r = Cut(r, Point(left.b), false);
+        else
+            l = Cut(l, Point(right.b), false);
+        return true;
+    }
+    if (!ProperlyCross(left, right)) {
+        m_moved = true;  // their order is not what it seems: an effect of earlier moves
+        return false;
+    }
+    const Point at = CutPoint({left.a, left.b}, m_input.edges[Index(left.edge)], {right.a, right.b},
+                              m_input.edges[Index(right.edge)]);
+    const bool cutLeft = !Same(at, left.a) && !Same(at, left.b);
+    const bool cutRight = !Same(at, right.a) && !Same(at, right.b);
+    if (cutLeft) l = Cut(l, at, true);
+    if (cutRight) r = Cut(r, at, true);
+    return true;
+}
+
+/// Cuts an item, active or joining, at a point other than its ends, and returns the number of the part
+/// that crosses the sweep line now.
+std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
+    if (inexact && !m_moved && Turn(At(item).a, At(item).b, at) != 0) m_moved = true;
+    const Item whole = At(item);
+    if (Same(at, m_at) && whole.state == State::active) {
+        const std::int32_t place = whole.place;
+        LeaveAtEvent(item);
+        if (place == m_leftPlace) {
+            m_firstPlace = place;
+            if (m_lastPlace == none) m_lastPlace = place;
+            m_leftPlace = m_status.Left(place);
+        } else if (place == m_rightPlace) {
+            m_lastPlace = place;
+            if (m_firstPlace == none) m_firstPlace = place;
+            m_rightPlace = m_status.Right(place);
+        }
+        return item;
+    }
+    if (Before(m_at, at) && Before(at, whole.b)) {
+        Item first = whole;
+        first.b = at;
+        first.follower = item;
+        Item& rest = At(item);
+        rest.a = at;
+        rest.place = none;
+        rest.aVertex = none;
+        rest.state = State::waiting;
+        const std::int32_t number = AddItem(first);
+        if (first.state == State::active) m_status.SetPiece(first.place, number);
+        Push(at, number);
+        return number;
+    }
+    m_moved = true;
+    if (!Before(m_at, at)) {  // rounded to a point the sweep has passed
+        const std::int32_t vertex = AddVertex(at);
+        Item past = whole;
+        past.b = at;
+        At(item).a = at;
+        At(item).aVertex = vertex;
+        m_pieces.push_back({past.aVertex, vertex, past.edge, past.parity, 0});
+        return item;
+    }
+    // An almost horizontal piece whose cutting point rounded to a point later than its end.
+    Item beyond = whole;
+    beyond.a = whole.b;
+    beyond.b = at;
+    beyond.follower = none;
+    beyond.place = none;
+    beyond.aVertex = none;
+    beyond.state = State::waiting;
+    const std::int32_t number = AddItem(beyond);
+    Push(whole.b, number, whole.follower);
+    Push(at, number, item);
+    At(item).b = at;
+    At(item).follower = none;
+    return item;
+}
+
+/// Exchanges in the status what leaves for what joins.
+void Sweep::Replace() {
+    for (const std::int32_t item : m_leaving) Finish(item, m_atVertex);
+    std::int32_t place = m_firstPlace;
+    std::int32_t last = m_leftPlace;
+    std::uint8_t side = 0;
+    if (m_leftPlace != none) {
+        const Item& l = At(m_status.PieceAt(m_leftPlace));
+        side = l.left ^ l.parity;
+    }
+    std::size_t left = m_leaving.size();
+    for (const std::int32_t item : m_joining) {
+        if (left > 0) {
+            last = place;
+            --left;
+            m_status.SetPiece(last, item);
+            if (left > 0) place = m_status.Right(place);
+        } else {
+            last = m_status.InsertAfter(last, item);
+        }
+        Item& i = At(item);
+        i.place = last;
+        i.state = State::active;
+        i.left = side;
+        side ^= i.parity;
+    }
+    for (; left > 0; --left) {
+        const std::int32_t next = m_status.Right(place);
+        m_status.Remove(place);
+        place = next;
+    }
+}
+
+void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
+    Item& i = At(item);
+    i.state = State::done;
+    i.place = none;
+    m_pieces.push_back({i.aVertex, atVertex, i.edge, i.parity, i.left});
+}
+
+std::int32_t Sweep::AddItem(const Item& item) {
+    const std::int32_t number = NextNumber(m_items);
+    m_items.push_back(item);
+    return number;
+}
+
+std::int32_t Sweep::AddVertex(const Point& p) {
+    if (!m_vertices.empty() && !Before(m_vertices.back(), p)) m_ordered = false;
+    const std::int32_t number = NextNumber(m_vertices);
+    m_vertices.push_back(p);
+    return number;
+}
+
+void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
+    m_events.push_back({at, first, second});
+    std::push_heap(m_events.begin(), m_events.end(), Later);
+}
+
+/// Of coinciding edges, the first in the order of points names the piece, so that it does not matter
+/// which comes from which set.
+void Sweep::PreferEdge(Item& kept, const Item& other) const {
+    const Segment& e = m_input.edges[Index(kept.edge)];
+    const Segment& f = m_input.edges[Index(other.edge)];
+    if (Same(e.a, f.a) && Same(e.b, f.b))
+        kept.edge = std::min(kept.edge, other.edge);
+    else if (Before(f.a, e.a) || (Same(f.a, e.a) && Before(f.b, e.b)))
+        kept.edge = other.edge;
+}
+
+void Sweep::Take(Arrangement& output) {
+    output.pieces = std::move(m_pieces);
+    if (m_ordered) {
+        output.vertices = std::move(m_vertices);
+        return;
+    }
+    std::vector<std::int32_t> order(m_vertices.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [this](std::int32_t i, std::int32_t j) {
+        return Before(m_vertices[Index(i)], m_vertices[Index(j)]);
+    });
+    std::vector<std::int32_t> renumbered(m_vertices.size());
+    output.vertices.clear();
+    for (const std::int32_t v : order) {
+        const Point& p = m_vertices[Index(v)];
+        if (output.vertices.empty() || !Same(output.vertices.back(), p)) output.vertices.push_back(p);
+        renumbered[Index(v)] = static_cast<std::int32_t>(output.vertices.size()) - 1;
+    }
+    std::erase_if(output.pieces, [&renumbered](Piece& piece) {
+        piece.a = renumbered[Index(piece.a)];
+        piece.b = renumbered[Index(piece.b)];
+        if (piece.a > piece.b) std::swap(piece.a, piece.b);
+        return piece.a == piece.b;
+    });
+}
+
+}  // namespace
+
+void Arrange(Arrangement& arrangement) {
+    constexpr int plainRuns = 2;
+    double snap = 0;
+    for (int run = 1;; ++run) {
+        Sweep sweep(arrangement, snap);
+        const bool settled = sweep.Run();
+        sweep.Take(arrangement);
+        if (settled) return;
+        if (run >= plainRuns) snap = snap == 0 ? 0.5 : 2 * snap;
+    }
+}
+
+}  // namespace tarvex::clip
