@@ -9,6 +9,7 @@
 
 #include "tarvex/input.h"
 #include "tarvex/measure.h"
+#include "tarvex/nodes.h"
 #include "tarvex/picture_formats.h"
 #include "tarvex/program_error.h"
 #include "tarvex/svg_reader.h"
@@ -56,8 +57,8 @@ Measures MeasuresOf(ContourView nodes) {
     m.closed = isClosed ? 1 : 0;
     m.nodes = static_cast<std::int64_t>(nodes.size()) - m.closed;
     m.frame = FrameOf(nodes);
-    m.length = LengthOf(nodes);
-    m.signedArea = SignedAreaOf(nodes);
+    m.length = GetBezierLength(nodes);
+    m.signedArea = GetBezierArea(nodes);
     const double least = NO_AREA * m.length * m.length;
     m.hasClockwise = m.signedArea > least;
     m.hasCounterClockwise = m.signedArea < -least;

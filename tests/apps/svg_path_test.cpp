@@ -7,6 +7,7 @@
 #include "tarvex/affine.h"
 #include "tarvex/bezier.h"
 #include "tarvex/measure.h"
+#include "tarvex/nodes.h"
 #include "tarvex/svg_path.h"
 
 namespace tarvex::app::test {
@@ -139,10 +140,10 @@ TEST(SvgPath, LargeAndSmallArcCompleteOneEllipseOfTheirRadii) {
         RC_ASSERT(other.contours.size() == 1u);
         RC_ASSERT(one.contours[0].back().pt ==
                   (DPOINT{std::stod(std::to_string(end.x)), std::stod(std::to_string(end.y))}));
-        const double larger = std::fabs(SignedAreaOf(one.contours[0]));
-        const double smaller = std::fabs(SignedAreaOf(other.contours[0]));
+        const double larger = std::fabs(GetBezierArea(one.contours[0]));
+        const double smaller = std::fabs(GetBezierArea(other.contours[0]));
         RC_ASSERT(larger >= smaller * (1 - 1e-4));
-        RC_ASSERT((SignedAreaOf(one.contours[0]) > 0) == isPositive);
+        RC_ASSERT((GetBezierArea(one.contours[0]) > 0) == isPositive);
         // The printed end point is rounded to six decimals, against radii from 1.
         const double area = std::numbers::pi * rx * ry;
         RC_ASSERT(std::fabs(larger + smaller - area) < area * 5e-5);
@@ -171,7 +172,7 @@ TEST(SvgPath, RadiiTooSmallForTheirChordGrowToAHalfEllipse) {
     const auto path = ParsePathData("M0 0A1 2 0 0 1 10 0");
     const auto frame = FrameOf(path.contours.at(0));
     EXPECT_NEAR(frame->top, -10, 1e-4);  // radii 5 and 10
-    EXPECT_NEAR(SignedAreaOf(path.contours[0]), std::numbers::pi * 25, 1e-3);
+    EXPECT_NEAR(GetBezierArea(path.contours[0]), std::numbers::pi * 25, 1e-3);
 }
 
 TEST(SvgPath, BasicShapesWithoutAnAreaHaveNoContour) {
@@ -228,8 +229,8 @@ TEST(Measure, FrameLengthAndAreaAreThoseOfManyShortLines) {
                                    {found->bottom, frame.bottom}}) {
             RC_ASSERT(std::fabs(a - b) < slack);
         }
-        RC_ASSERT(std::fabs(LengthOf(nodes) - length) < 1e-6 * length + 1e-3);
-        RC_ASSERT(std::fabs(SignedAreaOf(nodes) - area) < 1e-1);
+        RC_ASSERT(std::fabs(GetBezierLength(nodes) - length) < 1e-6 * length + 1e-3);
+        RC_ASSERT(std::fabs(GetBezierArea(nodes) - area) < 1e-1);
     });
 }
 

@@ -12,7 +12,7 @@ std::vector<double> Next(CRandomGenerator& random, int count) {
     return values;
 }
 
-TEST(Random, GivesTheWordsOfItsDefinition) {
+TEST(RandomGenerator, GivesTheWordsOfItsDefinition) {
     struct Row {
         unsigned long seed;
         std::array<std::uint32_t, 5> first;
@@ -32,7 +32,7 @@ TEST(Random, GivesTheWordsOfItsDefinition) {
     }
 }
 
-TEST(Random, RepeatsForEqualSeedsAndInCopies) {
+TEST(RandomGenerator, RepeatsForEqualSeedsAndInCopies) {
     CRandomGenerator first, second(0), third(0xFFFFFFFF);
     const auto values = Next(first, 50);
     EXPECT_EQ(Next(second, 50), values);
@@ -43,7 +43,7 @@ TEST(Random, RepeatsForEqualSeedsAndInCopies) {
     EXPECT_EQ(Next(second, 50), Next(first, 50));
 }
 
-TEST(Random, DrawsIntegersOfTheInterval) {
+TEST(RandomGenerator, DrawsIntegersOfTheInterval) {
     CRandomGenerator random;
     for (int i = 0; i < 1000; ++i) {
         const int drawn = random.iRandom();
