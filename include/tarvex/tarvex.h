@@ -3,6 +3,7 @@
 
 #include "tarvex/bezier.h"
 #include "tarvex/clipper.h"
+#include "tarvex/colors.h"
 #include "tarvex/containers.h"
 #include "tarvex/framework.h"
 #include "tarvex/geometry.h"
