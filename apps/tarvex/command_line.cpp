@@ -18,7 +18,7 @@ namespace tarvex::app {
 namespace {
 
 constexpr const char* DESCRIPTION =
-    "Traces pictures to Bezier outlines, and bends, turns and measures drawings.\n"
+    "Traces pictures to Bezier outlines, reduces their colours, and bends, turns and measures drawings.\n"
     "\n"
     "Exit status: 0 done, 1 nothing found, 2 wrong usage, 3 a file cannot be read or written.";
 
@@ -119,6 +119,7 @@ int RunProgram(int argc, const char* const* argv) {
     program.require_subcommand(1);
     Action action;
     AddTraceCommand(program, action);
+    AddReduceCommand(program, action);
     AddTransformCommand(program, action);
     AddWarpCommand(program, action);
     AddRenderCommand(program, action);

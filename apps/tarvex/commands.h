@@ -16,6 +16,8 @@ using Action = std::function<int()>;
 
 /// `tarvex trace`.
 void AddTraceCommand(CLI::App& program, Action& action);
+/// `tarvex reduce`.
+void AddReduceCommand(CLI::App& program, Action& action);
 /// `tarvex transform`.
 void AddTransformCommand(CLI::App& program, Action& action);
 /// `tarvex warp`.

@@ -1,0 +1,141 @@
+// `tarvex reduce` on picture files of every kind, and the picture and palette that it writes.
+#include "support/precompiled.h"
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/support/picture_matchers.h"
+#include "apps/support/program.h"
+#include "apps/support/sample_pictures.h"
+#include "apps/support/temporary_directory.h"
+#include "tarvex/png_writer.h"
+
+namespace tarvex::app::test {
+namespace {
+
+const Rgba kSand{200, 180, 40};
+const Rgba kSea{0, 60, 160};
+const Rgba kClear{0, 0, 0, 0};
+
+/// Sea on the left, sand on the right, clear below; in the clear part and along its edge other colours that
+/// must not show.
+Rgba Shore(int x, int y) {
+    if (y >= 30)
+        return {static_cast<std::uint8_t>(x * 5), 255, static_cast<std::uint8_t>(y),
+                static_cast<std::uint8_t>(x)};
+    return x < 25 ? kSea : kSand;
+}
+
+Picture MakeShore() {
+    Picture picture(40, 50, PixelFormat::Rgba8);
+    for (int y = 0; y < 50; ++y) {
+        for (int x = 0; x < 40; ++x) {
+            const Rgba c = Shore(x, y);
+            const std::uint8_t bytes[4] = {c.red, c.green, c.blue, c.alpha};
+            std::copy(bytes, bytes + 4, picture.Row(y) + std::ptrdiff_t{x} * 4);
+        }
+    }
+    return picture;
+}
+
+Picture ReadBack(const std::string& path) { return ReadPicture(path, {}); }
+
+TEST(Reduce, KeepsColoursAndTransparencyAndTellsThePalette) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "in.png", EncodePng(MakeShore()));
+    const ProgramResult run = RunTarvex({"reduce", directory / "in.png", "-o", directory / "out.png",
+                                         "--colors", "8", "--palette", directory / "palette.json"});
+    ASSERT_EQ(run.status, 0) << run.errors;
+    EXPECT_TRUE(Shows(ReadBack(directory / "out.png"), 40, 50,
+                      [](int x, int y) { return y >= 30 ? kClear : Shore(x, y); }));
+    std::ifstream file(directory / "palette.json");
+    const auto json = nlohmann::json::parse(file);
+    EXPECT_EQ(json, nlohmann::json::parse(R"({"width": 40, "height": 50, "transparent": 800, "colors": [
+        {"color": "#003ca0", "count": 750, "share": 0.375, "rgb": [0, 60, 160], "cmyk": [255, 159, 0, 95],
+         "hls": [277.5, 0.3137, 1]},
+        {"color": "#c8b428", "count": 450, "share": 0.225, "rgb": [200, 180, 40], "cmyk": [0, 25, 204, 55],
+         "hls": [112.5, 0.4706, 0.6667]}]})"));
+}
+
+TEST(Reduce, TakesEveryKindOfPictureAndGivesAtMostTheColoursAskedFor) {
+    const TemporaryDirectory directory;
+    std::vector<NamedFile> files = OneOfEachKind();
+    PngSpec rgb;
+    rgb.colour = PngColour::Rgb;
+    files.push_back({"sixteen", MakePng(RandomSamples(60, 60, 3, 16, 3), rgb)});
+    JpegSpec cmyk;
+    cmyk.colour = JpegColour::Cmyk;
+    files.push_back({"cmyk", MakeJpeg(RandomSamples(64, 48, 4, 8, 2), cmyk)});
+    for (const NamedFile& file : files) {
+        const std::string in = directory / "in";
+        WriteFile(in, std::string(file.bytes.begin(), file.bytes.end()));
+        for (const char* colors : {"1", "3", "256"}) {
+            std::filesystem::remove(directory / "out.png");
+            const ProgramResult run =
+                RunTarvex({"reduce", in, "-o", directory / "out.png", "--colors", colors});
+            ASSERT_THAT(run.status, testing::AnyOf(0, 1)) << file.name << ": " << run.errors;
+            ASSERT_EQ(std::filesystem::exists(directory / "out.png"), run.status == 0) << file.name;
+            if (run.status != 0) {
+                EXPECT_THAT(run.errors, testing::AnyOf(testing::HasSubstr("no colours found"),
+                                                       testing::HasSubstr("transparent all over")))
+                    << file.name;
+                continue;
+            }
+            const Picture picture = ReadBack(directory / "out.png");
+            std::set<std::array<int, 3>> seen;
+            for (int y = 0; y < picture.height; ++y) {
+                for (int x = 0; x < picture.width; ++x) {
+                    const Rgba c = picture.At(x, y);
+                    if (c.alpha != 0) seen.insert({c.red, c.green, c.blue});
+                }
+            }
+            EXPECT_LE(seen.size(), static_cast<std::size_t>(std::stoi(colors))) << file.name;
+        }
+    }
+}
+
+TEST(Reduce, SaysWhatIsWrong) {
+    const TemporaryDirectory directory;
+    WriteFile(directory / "dot.pgm", "P5 1 1 255\na");
+    WriteFile(directory / "noise.pgm", "P5 9 1 255\nabcdefghi");
+    WriteFile(directory / "clear.png", EncodePng(Picture(30, 30, PixelFormat::Rgba8)));
+    WriteFile(directory / "text.png", "no picture");
+    const std::string out = directory / "out.png";
+    struct Case {
+        std::string input;
+        std::vector<std::string> more;
+        int status;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"dot.pgm", {"-o", out, "--colors", "1"}, 0, ""},
+        {"noise.pgm", {"-o", out, "--colors", "9"}, 0, ""},
+        {"noise.pgm", {"-o", out, "--colors", "8"}, 1, "noise.pgm: no colours found"},
+        {"clear.png", {"-o", out, "--colors", "8"}, 1, "clear.png: the picture is transparent all over"},
+        {"text.png", {"-o", out, "--colors", "8"}, 3, "text.png: not a picture"},
+        {"dot.pgm", {"-o", out}, 2, "--colors is required"},
+        {"dot.pgm", {"-o", out, "--colors", "0"}, 2, "'0' is not a whole number from 1 to 256"},
+        {"dot.pgm", {"-o", out, "--colors", "257"}, 2, "'257' is not a whole number from 1 to 256"},
+        {"dot.pgm", {"-o", out, "--colors", "1000"}, 2, "'1000' is not"},
+        {"dot.pgm", {"-o", out, "--colors", "99999999999999999999"}, 2, "is not a whole number"},
+        {"dot.pgm", {"-o", directory / "out.svg", "--colors", "2"}, 2, "its ending is not .png"},
+        {"dot.pgm", {"-o", out, "--colors", "2", "--palette", out}, 2, "the same place"},
+        {"dot.pgm", {"-o", out, "--colors", "2", "--palette", directory / "dot.pgm"}, 3, "it is the input"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> arguments{"reduce", directory / c.input};
+        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
+        const ProgramResult run = RunTarvex(arguments);
+        EXPECT_EQ(run.status, c.status) << c.message << run.errors;
+        EXPECT_THAT(run.errors, testing::HasSubstr(c.message));
+        EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), c.status == 0 ? 0 : 1);
+        EXPECT_EQ(std::filesystem::remove(out), c.status == 0) << c.message;
+    }
+}
+
+}  // namespace
+}  // namespace tarvex::app::test
