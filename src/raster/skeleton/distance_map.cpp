@@ -184,6 +184,49 @@ std::int64_t Preference(Offset own, Offset others) {
     return square(others) - square(own);
 }
 
+/// Takes pixels off the middle beside which the shape widens as fast as it does beside an edge: at distances
+/// of a pixel or two a stair of an edge looks like the end of a thin line.
+class SlopeFilter {
+  public:
+    SlopeFilter(const BitPlane& shape, const DistanceMap& distances) : m_shape(shape), m_distances(distances) {}
+
+    void Apply(BitPlane& middle) const {
+        std::vector<Position> foreign;
+        for (int y = 0; y < middle.Height(); ++y) {
+            for (int i = 0; i < middle.Words(); ++i) {
+                for (std::uint64_t word = middle.Row(y)[i]; word != 0; word &= word - 1) {
+                    const int x = i * 64 + std::countr_zero(word);
+                    if (IsOnSlope(x, y)) foreign.push_back(middle.At(x, y));
+                }
+            }
+        }
+        for (const Position p : foreign) middle.Clear(p);
+    }
+
+  private:
+    bool IsOnSlope(int x, int y) const {
+        const double distance = std::sqrt(static_cast<double>(m_distances.Square(x, y)));
+        for (int dy = -2; dy <= 2; ++dy) {
+            const int row = y + dy;
+            if (row < 0 || row >= m_shape.Height()) continue;
+            for (int dx = -2; dx <= 2; ++dx) {
+                const int column = x + dx;
+                if (column < 0 || column >= m_shape.Width() || !m_shape.Get(m_shape.At(column, row))) continue;
+                const int apart = dx * dx + dy * dy;
+                const double steep = distance + kRise[apart];
+                if (m_distances.Square(column, row) >= steep * steep && apart > 0) return true;
+            }
+        }
+        return false;
+    }
+
+    /// By the squared distance between two pixels: how much more one is from the ground on a slope.
+    static constexpr double kRise[9] = {0, 0.75, 1.0607, 0, 1.2, 1.3417, 0, 0, 1.6971};
+
+    const BitPlane& m_shape;
+    const DistanceMap& m_distances;
+};
+
 }  // namespace
 
 void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middle) {
@@ -220,6 +263,7 @@ void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middl
         });
         offsets.swap(formerOffsets);
     }
+    SlopeFilter(shape, distances).Apply(middle);
 }
 
 }  // namespace tarvex::skeleton

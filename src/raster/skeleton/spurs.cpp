@@ -31,6 +31,9 @@ constexpr std::size_t kGap = 3;
 constexpr double kPieceFactor = 2;
 constexpr double kPieceBit = 2;
 
+constexpr std::size_t kRun = 3;
+constexpr double kSteep = 0.6;
+
 class SpurCutter {
   public:
     SpurCutter(BitPlane& plane, const BitPlane& middle, const DistanceMap& distances)
@@ -82,7 +85,7 @@ class SpurCutter {
             count = NeighbourCount(m_plane.Around(p));
         }
         const bool isBranch = count > 2;
-        std::size_t going = CountForeign(isBranch);
+        std::size_t going = CountSteep(CountForeign(isBranch));
         if (isBranch && IsTooShort(length, Radius(end), RadiusAround(p))) going = m_path.size();
         m_spurs.insert(m_spurs.end(), m_path.begin(), m_path.begin() + static_cast<std::ptrdiff_t>(going));
     }
@@ -107,6 +110,19 @@ class SpurCutter {
             if (i == m_path.size()) return isBranch ? i : std::max(from, WidestOf(from));
             from = i;
         }
+    }
+
+    /// The first pixel from `from` on from which the shape does not widen as it does towards a blunt end.
+    std::size_t CountSteep(std::size_t from) const {
+        while (from + kRun < m_path.size()) {
+            const Position p = m_path[from];
+            const Position q = m_path[from + kRun];
+            const auto [px, py] = m_plane.Where(p);
+            const auto [qx, qy] = m_plane.Where(q);
+            if (Radius(q) - Radius(p) < kSteep * std::hypot(px - qx, py - qy)) break;
+            ++from;
+        }
+        return from;
     }
 
     std::size_t WidestOf(std::size_t from) const {
