@@ -6,7 +6,7 @@
 // Width and height are the picture's, in pixels; a node is its incoming control point, its anchor and
 // its outgoing control point, in pixels from the top left. The curve between two nodes is the cubic
 // (anchor, outgoing control point, next incoming control point, next anchor). A closed contour ends
-// with its first anchor again.
+// with its first anchor again. Strokes also have "widths": [w, ...], one for each node.
 #pragma once
 
 #include <span>
@@ -24,6 +24,8 @@ struct JsonOptions {
 
 /// A whole JSON document, in the form above. NaN is written as 0, infinities as ±10^15 units of the
 /// last decimal.
-std::string WriteJson(const JsonOptions& options, std::span<const ContourView> contours);
+/// `widths` are the contours' widths, or empty.
+std::string WriteJson(const JsonOptions& options, std::span<const ContourView> contours,
+                      std::span<const std::span<const double>> widths = {});
 
 }  // namespace tarvex::app

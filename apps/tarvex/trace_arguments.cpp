@@ -18,6 +18,7 @@ namespace {
 
 constexpr int MOST_DETAIL = 16;
 constexpr int MOST_MIN_POINTS = 1'000'000;
+constexpr int MOST_SPECK_PIXELS = 256;
 
 /// What the parser collects: the options themselves, and words that become options at the end.
 struct TraceArguments {
@@ -48,17 +49,39 @@ Format FormatOf(const TraceArguments& arguments) {
                                "its ending is neither .svg nor .json; name it so, or add --format");
 }
 
-void Complete(TraceArguments& arguments) {
-    if (arguments.mode != "outline") {
-        throw CLI::ValidationError("--mode", "'" + arguments.mode + "' is not a mode; there is outline");
+TraceMode ModeOf(const TraceArguments& arguments) {
+    static const std::map<std::string, TraceMode> modes = {{"outline", TraceMode::Outline},
+                                                           {"centerline", TraceMode::Centerline}};
+    const auto found = modes.find(arguments.mode);
+    if (found != modes.end()) return found->second;
+    throw CLI::ValidationError("--mode",
+                               "'" + arguments.mode + "' is not a mode; there are outline and centerline");
+}
+
+/// Options that the mode would not look at are refused, not ignored.
+void CheckOptionsOfMode(const TraceOptions& options) {
+    const auto refuse = [](bool isGiven, const char* name, const char* mode) {
+        if (isGiven) throw CLI::ValidationError(name, std::string("is for --mode ") + mode);
+    };
+    if (options.mode == TraceMode::Outline) {
+        refuse(options.speckPixels.has_value(), "--speck", "centerline");
+        refuse(options.minBranch.has_value(), "--min-branch", "centerline");
+    } else {
+        refuse(options.minPoints.has_value(), "--min-points", "outline");
+        refuse(options.detail.has_value(), "--detail", "outline");
     }
+}
+
+void Complete(TraceArguments& arguments) {
+    arguments.options.mode = ModeOf(arguments);
+    CheckOptionsOfMode(arguments.options);
     arguments.options.format = FormatOf(arguments);
 }
 
 }  // namespace
 
 void AddTraceCommand(CLI::App& program, Action& action) {
-    CLI::App* trace = program.add_subcommand("trace", "Trace a picture to Bezier outlines");
+    CLI::App* trace = program.add_subcommand("trace", "Trace a picture to Bezier outlines or centre lines");
     const auto arguments = std::make_shared<TraceArguments>();
     TraceOptions& options = arguments->options;
     trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
@@ -69,7 +92,11 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->required()
         ->check(FileName())
         ->type_name("OUT");
-    trace->add_option("--mode", arguments->mode, "What to trace: outline, the outlines of shapes")
+    trace
+        ->add_option(
+            "--mode", arguments->mode,
+            "What to trace: outline, the outlines of shapes; centerline, the strokes of a line drawing, "
+            "each along its middle and with its width")
         ->type_name("MODE")
         ->capture_default_str();
     AddAutoOrInteger(*trace, "--threshold", options.threshold, 0, 255,
@@ -83,6 +110,17 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->type_name("N");
     AddAutoOrInteger(*trace, "--detail", options.detail, 1, MOST_DETAIL,
                      "Enlarge the picture this many times first (default auto: by its size)");
+    trace
+        ->add_option("--speck", options.speckPixels,
+                     "centerline: leave out specks of N pixels or fewer and fill such pinholes (default 4)")
+        ->check(WholeNumber(0, MOST_SPECK_PIXELS))
+        ->type_name("N");
+    trace
+        ->add_option(
+            "--min-branch", options.minBranch,
+            "centerline: leave out branches that stick out of a stroke by less than N pixels (default 2)")
+        ->check(CLI::Range(0.0, 1e6))
+        ->type_name("N");
     trace->add_option("--format", arguments->format, "svg or json, whatever OUT's ending")
         ->type_name("FORMAT");
     trace->add_option("--precision", options.precision, "Decimals of coordinates")

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "tarvex/centerline_trace.h"
 #include "tarvex/contours.h"
 #include "tarvex/grey.h"
 #include "tarvex/input.h"
@@ -82,6 +83,7 @@ std::string Write(const TraceOptions& options, const GreyView& picture, const CP
 }  // namespace
 
 int RunTrace(const TraceOptions& options) {
+    if (options.mode == TraceMode::Centerline) return RunCenterlineTrace(options);
     CheckOutput(options.output, options.input);
     Picture picture = ReadPicture(options.input, {options.maxPixels});
     const int detail = SettleDetail(options, picture);

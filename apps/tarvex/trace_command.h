@@ -1,4 +1,4 @@
-// `tarvex trace`: a picture to Bezier outlines.
+// `tarvex trace`: a picture to Bezier outlines or centre lines.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,18 @@
 namespace tarvex::app {
 
 enum class Format { Svg, Json };
+enum class TraceMode { Outline, Centerline };
 
 struct TraceOptions {
+    TraceMode mode = TraceMode::Outline;
     std::string input;
     std::string output;
     std::optional<int> threshold;  ///< 0..255, levels up to it are dark; found when not given
     bool invert = false;           ///< trace what is taken for the ground
     std::optional<int> minPoints;  ///< outlines of this many pixel sides or fewer are left out
     std::optional<int> detail;     ///< enlarge the picture this many times first; by its size when not given
+    std::optional<int> speckPixels;   ///< centre lines: specks of this many pixels or fewer are left out
+    std::optional<double> minBranch;  ///< centre lines: branches sticking out by less are left out
     Format format = Format::Svg;
     int precision = 2;
     std::uint64_t maxPixels = 100'000'000;

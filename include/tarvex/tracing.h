@@ -1,7 +1,8 @@
-// Rasters: pixel access, line tracing, outlines of shapes and of grey pictures.
+// Rasters: pixel access, line tracing, outlines of shapes and of grey pictures, centre lines.
 #pragma once
 
 #include "tarvex/contours.h"
+#include "tarvex/imagetrace.h"
 #include "tarvex/raster.h"
 #include "tarvex/shapetrace.h"
 #include "tarvex/skeleton.h"

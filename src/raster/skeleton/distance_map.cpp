@@ -188,7 +188,8 @@ std::int64_t Preference(Offset own, Offset others) {
 /// of a pixel or two a stair of an edge looks like the end of a thin line.
 class SlopeFilter {
   public:
-    SlopeFilter(const BitPlane& shape, const DistanceMap& distances) : m_shape(shape), m_distances(distances) {}
+    SlopeFilter(const BitPlane& shape, const DistanceMap& distances)
+        : m_shape(shape), m_distances(distances) {}
 
     void Apply(BitPlane& middle) const {
         std::vector<Position> foreign;
@@ -211,7 +212,8 @@ class SlopeFilter {
             if (row < 0 || row >= m_shape.Height()) continue;
             for (int dx = -2; dx <= 2; ++dx) {
                 const int column = x + dx;
-                if (column < 0 || column >= m_shape.Width() || !m_shape.Get(m_shape.At(column, row))) continue;
+                if (column < 0 || column >= m_shape.Width() || !m_shape.Get(m_shape.At(column, row)))
+                    continue;
                 const int apart = dx * dx + dy * dy;
                 const double steep = distance + kRise[apart];
                 if (m_distances.Square(column, row) >= steep * steep && apart > 0) return true;

@@ -5,8 +5,13 @@
 #include <optional>
 #include <utility>
 
+#include "core/append.h"
+#include "raster/centerline/stroke_fitter.h"
+#include "raster/centerline/strokes.h"
+#include "raster/contour_appender.h"
 #include "raster/dib.h"
 #include "raster/skeleton/bit_plane.h"
+#include "raster/skeleton/line_graph.h"
 #include "raster/skeleton/thinning.h"
 #include "tarvex/raster.h"
 
@@ -37,6 +42,7 @@ std::optional<BITMAP> Describe(HBITMAP handle) {
 }
 
 constexpr std::size_t kColourBytes = 4;
+constexpr double kOutputTolerance = 0.5;  // pixels
 
 std::uint8_t* RowOf(const BITMAP& bitmap, int y) {
     const auto width = static_cast<std::size_t>(bitmap.bmWidth);
@@ -146,5 +152,26 @@ bool CSkeleton::DoSkeleton(HBITMAP bitmap) {
 }
 
 bool CSkeleton::InputMono(HBITMAP mask) { return MakeBitmapMono(mask) != nullptr; }
+
+bool CSkeleton::Output(CPolyPolyBezier& out) {
+    out.RemoveAll();
+    if (!DoSkeleton()) return false;
+    const BitPlane& shape = *m_mask->shape;
+    DistanceMap distances(shape.Width(), shape.Height());
+    BitPlane middle(shape.Width(), shape.Height());
+    skeleton::MeasureShape(shape, distances, middle);
+    centerline::StrokeRules rules;
+    rules.joinsStraight = false;
+    centerline::StrokeFitter fitter(kOutputTolerance, centerline::StrokeEnds::kept);
+    ContourAppender appender(static_cast<COwningList<CArray<BPOINT, BPOINT>>&>(out));
+    for (const centerline::Stroke& stroke :
+         centerline::FindStrokes(skeleton::FindLines(*m_mask->lines, shape, distances), rules)) {
+        const centerline::FittedStroke fitted = fitter.Fit(stroke);
+        auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+        AppendAll(*contour, fitted.nodes);
+        appender.Add(std::move(contour));
+    }
+    return true;
+}
 
 }  // namespace tarvex
