@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tarvex/bezier.h"
+#include "tarvex/breakup.h"
 #include "tarvex/clipper.h"
 #include "tarvex/colors.h"
 #include "tarvex/containers.h"

@@ -1,6 +1,7 @@
 // Rasters: pixel access, line tracing, outlines of shapes and of grey pictures, centre lines.
 #pragma once
 
+#include "tarvex/autotrace.h"
 #include "tarvex/contours.h"
 #include "tarvex/imagetrace.h"
 #include "tarvex/raster.h"
