@@ -13,5 +13,6 @@
 #include "tarvex/platform.h"
 #include "tarvex/records.h"
 #include "tarvex/shaping.h"
+#include "tarvex/stitch.h"
 #include "tarvex/tracing.h"
 #include "tarvex/transform.h"

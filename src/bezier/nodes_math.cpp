@@ -71,6 +71,7 @@ double CBPointArrayMath::Wrapped(double length) const {
 BPOINTPLACE CBPointArrayMath::GetPlace(double length) const {
     if (m_stretches.empty()) return {};
     const double along = Wrapped(length);
+    if (along >= m_ends.back() && along > 0) return {SegmentCount() - 1, 1};  // exactly, not by differences
     auto found = std::upper_bound(m_stretches.begin(), m_stretches.end(), along,
                                   [](double v, const Stretch& s) { return v < s.before; });
     if (found != m_stretches.begin()) --found;

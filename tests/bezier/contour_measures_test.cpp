@@ -94,6 +94,7 @@ TEST(ContourMeasures, FindPlacesByLengthAndBack) {
                 if (Dot(along, tangentThen) > 0.9999)
                     RC_ASSERT(Dot(Minus(moved, at), along) > 0.99 * (ahead - s) - 1e-9);
             }
+            RC_ASSERT(SameBits(math.GetPoint(whole), nodes[nodes.GetUpperBound()].pt));
             if (isClosed) RC_ASSERT(Distance(math.GetPoint(s - 3 * whole), at) < 1e-6);
         },
         200);
