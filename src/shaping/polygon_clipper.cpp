@@ -66,9 +66,11 @@ void MarkApart(const std::vector<BoxedContour>& contours, const std::vector<Boxe
     std::vector<clip::Box> boxes;
     boxes.reserve(others.size());
     for (const BoxedContour& other : others) boxes.push_back(other.box);
-    const clip::BoxIndex index(std::move(boxes));
+    const clip::BoxIndex index(boxes);
     for (const BoxedContour& c : contours) {
-        if (!index.AnyMeets(c.box)) c.contour->vertexCount = -c.contour->vertexCount;
+        const bool met = index.Search([&c](const clip::Box& box) { return box.Meets(c.box); },
+                                      [](std::uint32_t) { return true; });
+        if (!met) c.contour->vertexCount = -c.contour->vertexCount;
     }
 }
 

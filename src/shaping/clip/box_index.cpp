@@ -2,9 +2,8 @@
 // marking thousands of contours does not compare every pair of them.
 #include "shaping/clip/box_index.h"
 
-#include <algorithm>
 #include <cmath>
-#include <utility>
+#include <numeric>
 
 namespace tarvex::clip {
 
@@ -15,17 +14,22 @@ void Box::Include(const Box& other) {
     top = std::max(top, other.top);
 }
 
-BoxIndex::BoxIndex(std::vector<Box> boxes) {
-    std::sort(boxes.begin(), boxes.end(), [](const Box& a, const Box& b) { return a.left < b.left; });
+BoxIndex::BoxIndex(const std::vector<Box>& boxes) : m_order(boxes.size()) {
+    std::iota(m_order.begin(), m_order.end(), 0U);
+    std::sort(m_order.begin(), m_order.end(),
+              [&boxes](std::uint32_t i, std::uint32_t j) { return boxes[i].left < boxes[j].left; });
     const auto slices = static_cast<std::size_t>(std::sqrt(static_cast<double>(boxes.size()) / fanOut)) + 1;
     const std::size_t sliceSize = boxes.size() / slices + 1;
     for (std::size_t i = 0; i < boxes.size(); i += sliceSize) {
-        const std::size_t end = std::min(i + sliceSize, boxes.size());
-        std::sort(boxes.begin() + static_cast<std::ptrdiff_t>(i),
-                  boxes.begin() + static_cast<std::ptrdiff_t>(end),
-                  [](const Box& a, const Box& b) { return a.bottom < b.bottom; });
+        const auto begin = m_order.begin() + static_cast<std::ptrdiff_t>(i);
+        const auto end = m_order.begin() + static_cast<std::ptrdiff_t>(std::min(i + sliceSize, boxes.size()));
+        std::sort(begin, end,
+                  [&boxes](std::uint32_t k, std::uint32_t l) { return boxes[k].bottom < boxes[l].bottom; });
     }
-    m_levels.push_back(std::move(boxes));
+    std::vector<Box> lowest;
+    lowest.reserve(boxes.size());
+    for (const std::uint32_t i : m_order) lowest.push_back(boxes[i]);
+    m_levels.push_back(std::move(lowest));
     while (m_levels.back().size() > 1) {
         const std::vector<Box>& below = m_levels.back();
         std::vector<Box> level;
@@ -38,21 +42,6 @@ BoxIndex::BoxIndex(std::vector<Box> boxes) {
         }
         m_levels.push_back(std::move(level));
     }
-}
-
-bool BoxIndex::AnyMeets(const Box& box) const {
-    if (m_levels.front().empty()) return false;
-    std::vector<std::pair<std::size_t, std::size_t>> open{{m_levels.size() - 1, 0}};  // level, number
-    while (!open.empty()) {
-        const auto [level, number] = open.back();
-        open.pop_back();
-        if (!m_levels[level][number].Meets(box)) continue;
-        if (level == 0) return true;
-        const std::size_t first = number * fanOut;
-        const std::size_t end = std::min(first + fanOut, m_levels[level - 1].size());
-        for (std::size_t i = first; i < end; ++i) open.emplace_back(level - 1, i);
-    }
-    return false;
 }
 
 }  // namespace tarvex::clip

@@ -1,7 +1,10 @@
-// Which of many boxes meet a box: the question behind the marking of contours.
+// Which of many boxes a thing meets: a packed tree.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace tarvex::clip {
@@ -12,6 +15,7 @@ struct Box {
     double bottom = 0;
     double top = 0;
 
+    /// Boxes that touch meet.
     bool Meets(const Box& other) const {
         return left <= other.right && other.left <= right && bottom <= other.top && other.bottom <= top;
     }
@@ -21,12 +25,32 @@ struct Box {
 /// A tree of boxes, packed once: neighbours in x, then in y, share nodes.
 class BoxIndex {
   public:
-    explicit BoxIndex(std::vector<Box> boxes);
-    /// Whether any of the boxes meets this one; boxes that touch meet.
-    bool AnyMeets(const Box& box) const;
+    explicit BoxIndex(const std::vector<Box>& boxes);
+
+    /// Calls `found(i)` for every box i that `meets(box)`, until it returns true, and returns whether it
+    /// did. `meets` must hold for a box around another for which it holds.
+    template <class Meets, class Found>
+    bool Search(Meets&& meets, Found&& found) const {
+        if (m_levels.front().empty()) return false;
+        std::vector<std::pair<std::size_t, std::size_t>> open{{m_levels.size() - 1, 0}};  // level, number
+        while (!open.empty()) {
+            const auto [level, number] = open.back();
+            open.pop_back();
+            if (!meets(m_levels[level][number])) continue;
+            if (level == 0) {
+                if (found(m_order[number])) return true;
+                continue;
+            }
+            const std::size_t first = number * fanOut;
+            const std::size_t end = std::min(first + fanOut, m_levels[level - 1].size());
+            for (std::size_t i = first; i < end; ++i) open.emplace_back(level - 1, i);
+        }
+        return false;
+    }
 
   private:
     static constexpr std::size_t fanOut = 8;
+    std::vector<std::uint32_t> m_order;      ///< the boxes' numbers, as they stand in the lowest level
     std::vector<std::vector<Box>> m_levels;  ///< the boxes first, then what each eight of them cover
 };
 

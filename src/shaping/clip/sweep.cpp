@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "shaping/clip/crossing.h"
-#include "shaping/clip/double_double.h"
 #include "shaping/clip/predicates.h"
+#include "shaping/clip/snap.h"
 #include "shaping/clip/status.h"
 #include "tarvex/framework.h"
 
@@ -51,7 +51,7 @@ struct Incidence {
 /// One run of the sweep over the pieces of an arrangement.
 class Sweep {
   public:
-    Sweep(const Arrangement& input, double snap);
+    explicit Sweep(const Arrangement& input);
 
     /// Whether nothing was moved: then the output is final, sides included.
     bool Run();
@@ -96,10 +96,9 @@ class Sweep {
     bool Locate();
     void SortJoining();
     void MergeOverlaps();
+    bool Overlap(const Item& i, const Item& j) const;
     bool ResolveNeighbours();
     bool Resolve(std::int32_t& l, std::int32_t& r);
-    void SnapToEvent(std::int32_t place);
-    bool PassesNear(const Item& item) const;
     std::int32_t Cut(std::int32_t item, const Point& at, bool inexact);
     bool LeaveAtEvent(std::int32_t item);
     void Replace();
@@ -114,8 +113,6 @@ class Sweep {
     const Item& At(std::int32_t i) const { return m_items[Index(i)]; }
 
     const Arrangement& m_input;
-    double m_snap;  ///< pieces that pass an event nearer than this many units in the last place are led
-                    ///< through it
     Incidence m_starts;
     Incidence m_ends;
     std::size_t m_nextVertex = 0;
@@ -138,9 +135,8 @@ class Sweep {
     std::vector<Piece> m_pieces;
 };
 
-Sweep::Sweep(const Arrangement& input, double snap)
+Sweep::Sweep(const Arrangement& input)
     : m_input(input),
-      m_snap(snap),
       m_starts(input.vertices.size(), input.pieces, &Piece::a),
       m_ends(input.vertices.size(), input.pieces, &Piece::b) {
     m_items.reserve(input.pieces.size() * 2);
@@ -208,7 +204,9 @@ void Sweep::Process() {
     m_atVertex = AddVertex(m_at);
     if (!Locate()) return;
     do {
-        for (const std::int32_t item : m_joining) At(item).aVertex = m_atVertex;
+        for (const std::int32_t item : m_joining) {
+            if (At(item).aVertex == none) At(item).aVertex = m_atVertex;
+        }
         SortJoining();
         MergeOverlaps();
     } while (!ResolveNeighbours());
@@ -290,6 +288,11 @@ void Sweep::SortJoining() {
     });
 }
 
+/// Whether two joining items start in the same direction. (After moves, some do not start at the event.)
+bool Sweep::Overlap(const Item& i, const Item& j) const {
+    return Same(i.a, m_at) && Same(j.a, m_at) && Turn(m_at, i.b, j.b) == 0;
+}
+
 /// Of items that leave the event in the same direction, the longer ones are cut at the end of the
 /// shortest and start there; what remains here is one item, or none when nothing changes across it.
 void Sweep::MergeOverlaps() {
@@ -297,7 +300,7 @@ void Sweep::MergeOverlaps() {
     for (std::size_t i = 0; i < m_joining.size();) {
         const std::int32_t item = m_joining[i];
         std::size_t j = i + 1;
-        for (; j < m_joining.size() && Turn(m_at, At(item).b, At(m_joining[j]).b) == 0; ++j) {
+        for (; j < m_joining.size() && Overlap(At(item), At(m_joining[j])); ++j) {
             const std::int32_t other = m_joining[j];
             Item& o = At(other);
             At(item).parity ^= o.parity;
@@ -307,6 +310,7 @@ void Sweep::MergeOverlaps() {
                 if (o.follower != none) Push(o.b, o.follower);
             } else {
                 o.a = At(item).b;
+                o.aVertex = none;
                 o.state = State::waiting;
                 Push(o.a, other);
             }
@@ -327,11 +331,6 @@ void Sweep::MergeOverlaps() {
 /// then takes part in it.
 bool Sweep::ResolveNeighbours() {
     const std::size_t joiningBefore = m_joining.size();
-    if (m_snap > 0) {
-        SnapToEvent(m_leftPlace);
-        SnapToEvent(m_rightPlace);
-        if (m_joining.size() != joiningBefore) return false;
-    }
     std::int32_t l = m_leftPlace == none ? none : m_status.PieceAt(m_leftPlace);
     std::int32_t r = m_rightPlace == none ? none : m_status.PieceAt(m_rightPlace);
     if (m_joining.empty()) {
@@ -349,24 +348,6 @@ bool Sweep::ResolveNeighbours() {
         }
     }
     return m_joining.size() == joiningBefore;
-}
-
-void Sweep::SnapToEvent(std::int32_t place) {
-    if (place == none) return;
-    const std::int32_t item = m_status.PieceAt(place);
-    if (PassesNear(At(item))) Cut(item, m_at, true);
-}
-
-/// Whether a piece passes through the rectangle about the event whose sides are 2 m_snap units in the
-/// last place of its coordinates. An estimate: only where pieces go depends on it.
-bool Sweep::PassesNear(const Item& item) const {
-    constexpr double unit = std::numeric_limits<double>::epsilon();
-    const double dx = item.b.x - item.a.x;
-    const double dy = item.b.y - item.a.y;
-    const DoubleDouble turn = DoubleDouble{dx, 0} * Difference(m_at.y, item.a.y) -
-                              DoubleDouble{dy, 0} * Difference(m_at.x, item.a.x);
-    const double reach = std::fabs(m_at.x * dy) + std::fabs(m_at.y * dx);
-    return std::fabs(turn.high) <= m_snap * unit * reach;
 }
 
 bool Sweep::ProperlyCross(const Item& l, const Item& r) const {
@@ -559,13 +540,15 @@ void Sweep::Take(Arrangement& output) {
 
 void Arrange(Arrangement& arrangement) {
     constexpr int plainRuns = 2;
-    double snap = 0;
+    double reach = 0.5;
     for (int run = 1;; ++run) {
-        Sweep sweep(arrangement, snap);
+        Sweep sweep(arrangement);
         const bool settled = sweep.Run();
         sweep.Take(arrangement);
         if (settled) return;
-        if (run >= plainRuns) snap = snap == 0 ? 0.5 : 2 * snap;
+        if (run < plainRuns) continue;
+        LeadThroughVertices(arrangement, reach);
+        reach *= 2;
     }
 }
 
