@@ -15,6 +15,7 @@
 #include "platform/handles.h"
 #include "raster/dib.h"
 #include "shaping/raster_frame.h"
+#include "tarvex/nodes.h"
 #include "tarvex/shapetrace.h"
 #include "tarvex/shaping.h"
 
@@ -26,8 +27,6 @@ constexpr double kLongestSide = 2000;
 constexpr int kMargin = 2;
 /// Boundaries of this many pixels or fewer are left out.
 constexpr int kMinPoints = 10;
-/// Finer than a pixel wherever the raster is smaller than the shape.
-constexpr double kFrameResolution = 1.0;
 
 /// A 1-bit raster with a context to draw on it in white.
 struct Canvas {
@@ -105,10 +104,21 @@ void Combine(int op, const Canvas& a, const Canvas& b) {
     }
 }
 
+/// Of all contours, rounded to pixels.
 tagRECT FrameOf(const CPolyPolyBezier& shape) {
-    DRECT frame;
-    shape.CalcFrame(frame, kFrameResolution);
-    return {RoundToInt(frame.left), RoundToInt(frame.top), RoundToInt(frame.right), RoundToInt(frame.bottom)};
+    tagRECT all{};
+    bool isFirst = true;
+    for (int i = 0; i < shape.GetSize(); ++i) {
+        DRECT frame;
+        if (shape.GetAt(i) == nullptr || !GetBezierFrame(shape[i], frame)) continue;
+        const tagRECT one = {RoundToInt(frame.left), RoundToInt(frame.top), RoundToInt(frame.right),
+                             RoundToInt(frame.bottom)};
+        all = isFirst ? one
+                      : tagRECT{std::min(all.left, one.left), std::min(all.top, one.top),
+                                std::max(all.right, one.right), std::max(all.bottom, one.bottom)};
+        isFirst = false;
+    }
+    return all;
 }
 
 void MapBack(CPolyPolyBezier& shape, const CScaleDraw& view) {
