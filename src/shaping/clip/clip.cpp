@@ -36,10 +36,13 @@ class Gatherer {
         }
     }
 
+    /// In an order that does not tell which set an edge comes from, each edge once; edges that coincide
+    /// in pairs of one set bound nothing.
     Arrangement Edges() {
         std::sort(m_corners.begin(), m_corners.end(),
                   [](const Corner& c, const Corner& d) { return Before(c.at, d.at); });
         Arrangement result;
+        result.vertices.reserve(m_corners.size());
         std::vector<std::int32_t> vertexOf(m_corners.size());
         for (const Corner& corner : m_corners) {
             if (result.vertices.empty() || !Same(result.vertices.back(), corner.at))
@@ -47,17 +50,23 @@ class Gatherer {
             vertexOf[static_cast<std::size_t>(corner.number)] =
                 static_cast<std::int32_t>(result.vertices.size()) - 1;
         }
-        result.pieces.reserve(m_next.size());
-        result.edges.reserve(m_next.size());
+        std::vector<Piece> pieces;
+        pieces.reserve(m_next.size());
         for (std::size_t i = 0; i < m_next.size(); ++i) {
             const std::int32_t from = vertexOf[i];
             const std::int32_t to = vertexOf[static_cast<std::size_t>(m_next[i])];
-            if (from == to) continue;
-            Piece piece;
-            piece.a = std::min(from, to);
-            piece.b = std::max(from, to);
+            if (from != to) pieces.push_back({std::min(from, to), std::max(from, to), 0, m_bits[i], 0});
+        }
+        std::sort(pieces.begin(), pieces.end(),
+                  [](const Piece& p, const Piece& q) { return p.a != q.a ? p.a < q.a : p.b < q.b; });
+        result.pieces.reserve(pieces.size());
+        result.edges.reserve(pieces.size());
+        for (std::size_t i = 0; i < pieces.size();) {
+            Piece piece = pieces[i];
+            for (++i; i < pieces.size() && pieces[i].a == piece.a && pieces[i].b == piece.b; ++i)
+                piece.parity ^= pieces[i].parity;
+            if (piece.parity == 0) continue;
             piece.edge = static_cast<std::int32_t>(result.edges.size());
-            piece.parity = m_bits[i];
             result.pieces.push_back(piece);
             result.edges.push_back({result.vertices[static_cast<std::size_t>(piece.a)],
                                     result.vertices[static_cast<std::size_t>(piece.b)]});

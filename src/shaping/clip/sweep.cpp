@@ -106,7 +106,6 @@ class Sweep {
     std::int32_t AddItem(const Item& item);
     std::int32_t AddVertex(const Point& p);
     void Push(const Point& at, std::int32_t first, std::int32_t second = none);
-    void PreferEdge(Item& kept, const Item& other) const;
     bool ProperlyCross(const Item& l, const Item& r) const;
 
     Item& At(std::int32_t i) { return m_items[Index(i)]; }
@@ -304,7 +303,7 @@ void Sweep::MergeOverlaps() {
             const std::int32_t other = m_joining[j];
             Item& o = At(other);
             At(item).parity ^= o.parity;
-            PreferEdge(At(item), o);
+            At(item).edge = std::min(At(item).edge, o.edge);
             if (Same(o.b, At(item).b)) {
                 o.state = State::done;
                 if (o.follower != none) Push(o.b, o.follower);
@@ -497,17 +496,6 @@ std::int32_t Sweep::AddVertex(const Point& p) {
 void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
     m_events.push_back({at, first, second});
     std::push_heap(m_events.begin(), m_events.end(), Later);
-}
-
-/// Of coinciding edges, the first in the order of points names the piece, so that it does not matter
-/// which comes from which set.
-void Sweep::PreferEdge(Item& kept, const Item& other) const {
-    const Segment& e = m_input.edges[Index(kept.edge)];
-    const Segment& f = m_input.edges[Index(other.edge)];
-    if (Same(e.a, f.a) && Same(e.b, f.b))
-        kept.edge = std::min(kept.edge, other.edge);
-    else if (Before(f.a, e.a) || (Same(f.a, e.a) && Before(f.b, e.b)))
-        kept.edge = other.edge;
 }
 
 void Sweep::Take(Arrangement& output) {
