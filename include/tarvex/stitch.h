@@ -50,8 +50,9 @@ struct BEZIERHOLEINFO {
 ///
 /// A contour lies in another when a point inside it, away from its outline, is inside the other, and its
 /// frame within the other's; so contours may touch, share nodes or whole edges. "Inside" is by the even-odd
-/// rule, on the curves themselves. Of contours that coincide, the one listed first surrounds the others. What
-/// contours that cross each other get is consistent, but only as meaningful as the question.
+/// rule, on the curves themselves. Of contours that coincide, the one listed first surrounds the others.
+/// Where contours cross each other the answers are only as meaningful as the question, but parents never form
+/// a circle.
 ///
 /// Open contours count as closed by a line. Null slots and contours without an interior (fewer than two
 /// nodes, no area, coordinates that are not finite) are in nothing and contain nothing.

@@ -286,5 +286,33 @@ TEST(Spiral, StaysWithinTheStatedDeviationAndIsSmoothAndMirrored) {
     EXPECT_TRUE(spiral.IsEmpty() && twin.IsEmpty());
 }
 
+TEST(Stitch, SurvivesHostileContours) {
+    CurveSource source(11);
+    Lines lines;
+    CArray<BEZIERHOLEINFO, BEZIERHOLEINFO> info;
+    for (int round = 0; round < 120; ++round) {
+        CPolyPolyBezier shape;
+        for (int c = 0; c < 4; ++c) {
+            auto nodes = std::make_unique<Nodes>();
+            for (int i = source.Integer(0, 4); i > 0; --i) {
+                const CBezier curve = round % 2 == 0 ? source.Any() : source.Degenerate();
+                nodes->Add({curve.p0, curve.p1, curve.p2});
+            }
+            shape.Add(std::move(nodes));
+        }
+        GetBezierHoleInfo(shape, info);
+        for (int i = 0; i < info.GetSize(); ++i) {
+            EXPECT_EQ(info[i].parent < 0, info[i].depth == 0);
+            int steps = 0;
+            for (int k = i; k >= 0 && steps <= info.GetSize(); k = info[k].parent) ++steps;
+            EXPECT_LE(steps, info.GetSize()) << "parents in a circle";
+        }
+        const double spacing = round % 3 == 0 ? source.HostileValue() : 40;
+        const bool isDone = GetDefaultSatinInclinations(shape[0], shape[1], spacing, lines);
+        EXPECT_EQ(isDone, !lines.IsEmpty());
+        EXPECT_LE(lines.GetSize(), MAX_SATIN_INCLINATIONS);
+    }
+}
+
 }  // namespace
 }  // namespace tarvex
