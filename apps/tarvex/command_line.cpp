@@ -123,6 +123,7 @@ int RunProgram(int argc, const char* const* argv) {
     AddTransformCommand(program, action);
     AddWarpCommand(program, action);
     AddRenderCommand(program, action);
+    AddTextCommand(program, action);
     AddInfoCommand(program, action);
     try {
         program.parse(argc, argv);

@@ -24,6 +24,8 @@ void AddTransformCommand(CLI::App& program, Action& action);
 void AddWarpCommand(CLI::App& program, Action& action);
 /// `tarvex render`.
 void AddRenderCommand(CLI::App& program, Action& action);
+/// `tarvex text`.
+void AddTextCommand(CLI::App& program, Action& action);
 /// `tarvex info`.
 void AddInfoCommand(CLI::App& program, Action& action);
 

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tarvex/argument_values.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/info_command.h"
@@ -46,43 +47,6 @@ constexpr const char* OUT_HELP =
     "\nThe page grows to hold the result and never shrinks. What draws but is no outline (text, use,\n"
     "image) is left out, with a word on standard error.\n";
 
-[[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& wanted) {
-    throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
-}
-
-/// Finite numbers between commas, as many as `least` to `most`; `wanted` says what they are.
-std::vector<double> Numbers(const std::string& option, const std::string& text, std::size_t least,
-                            std::size_t most, const std::string& wanted) {
-    std::vector<double> numbers;
-    std::string_view rest = text;
-    for (;;) {
-        const std::size_t comma = rest.find(',');
-        const std::string_view one = rest.substr(0, comma);
-        double number = 0;
-        const auto [stopped, error] = std::from_chars(one.data(), one.data() + one.size(), number);
-        const bool isWhole = error == std::errc{} && stopped == one.data() + one.size();
-        if (!isWhole || !(std::fabs(number) < MAX_SVG_COORDINATE)) Refuse(option, text, wanted);
-        numbers.push_back(number);
-        if (comma == rest.npos) break;
-        rest.remove_prefix(comma + 1);
-    }
-    if (numbers.size() < least || numbers.size() > most) Refuse(option, text, wanted);
-    return numbers;
-}
-
-double Radians(double degrees) { return std::fmod(degrees, 360) * (std::numbers::pi / 180); }
-
-void RequireSvg(const std::string& output) {
-    const auto endsWithSvg = [&output] {
-        if (output.size() < 4) return false;
-        std::string ending = output.substr(output.size() - 4);
-        std::transform(ending.begin(), ending.end(), ending.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        return ending == ".svg";
-    };
-    if (output != "-" && !endsWithSvg()) throw CLI::ValidationError(output, "its ending is not .svg");
-}
-
 /// Adds what changing a drawing always takes.
 template <class Options>
 void AddDrawingOptions(CLI::App& command, Options& options) {
@@ -101,22 +65,6 @@ void AddDrawingOptions(CLI::App& command, Options& options) {
 void AddText(CLI::App& command, const std::string& name, const std::string& type,
              const std::string& description, const std::function<void(const std::string&)>& parse) {
     command.add_option_function<std::string>(name, parse, description)->type_name(type);
-}
-
-void ParseWarpType(const std::string& text, int& type) {
-    for (std::size_t i = 0; i < WARP_NAMES.size(); ++i) {
-        if (text == WARP_NAMES[i] || text == std::to_string(i + 1)) {
-            type = static_cast<int>(i) + 1;
-            return;
-        }
-    }
-    Refuse("--type", text, "a type of warp: 1 to 10, or a name of theirs");
-}
-
-void ParseAmount(const std::string& text, WarpOptions& options) {
-    options.isPercent = text.size() > 1 && text.back() == '%';
-    const std::string number = options.isPercent ? text.substr(0, text.size() - 1) : text;
-    options.amount = Numbers("--amount", number, 1, 1, "a length, nor one in percent").front();
 }
 
 }  // namespace
@@ -158,13 +106,18 @@ void AddWarpCommand(CLI::App& program, Action& action) {
     AddDrawingOptions(*command, *options);
     command
         ->add_option_function<std::string>(
-            "--type", [options](const std::string& text) { ParseWarpType(text, options->type); },
+            "--type", [options](const std::string& text) { options->type = WarpType("--type", text); },
             "How to bend: a number or a name, see below")
         ->required()
         ->type_name("TYPE");
     command
         ->add_option_function<std::string>(
-            "--amount", [options](const std::string& text) { ParseAmount(text, *options); },
+            "--amount",
+            [options](const std::string& text) {
+                const Amount amount = WarpAmount("--amount", text);
+                options->amount = amount.value;
+                options->isPercent = amount.isPercent;
+            },
             "How far: a length in the drawing's units, or a percentage of its height")
         ->required()
         ->type_name("D|P%");

@@ -228,12 +228,12 @@ std::string Escaped(const std::string& text) {
 
 void WriteShape(std::string& out, const SvgShape& shape, int precision) {
     const std::size_t before = out.size();
-    out += "<path ";
+    out += "<path";
     if (shape.paint == Paint::Fill) {
-        out += "fill-rule=\"evenodd\"";
+        if (shape.rule == FillRule::EvenOdd) out += " fill-rule=\"evenodd\"";
         if (shape.colour != "#000") out += " fill=\"" + Escaped(shape.colour) + '"';
     } else {
-        out += "fill=\"none\" stroke=\"" + Escaped(shape.colour) + "\" stroke-width=\"" +
+        out += " fill=\"none\" stroke=\"" + Escaped(shape.colour) + "\" stroke-width=\"" +
                Size(shape.strokeWidth, precision) + '"';
     }
     out += " d=\"";

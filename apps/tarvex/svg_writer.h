@@ -14,12 +14,17 @@ using ContourView = std::span<const BPOINT>;
 
 enum class Paint { Fill, Stroke };
 
-/// What becomes one <path>: contours painted together, filled by the even-odd rule or stroked.
+/// Even-odd: what an odd number of contours surrounds. Non-zero: what they surround more often in one
+/// direction than in the other, as glyphs are made for.
+enum class FillRule { EvenOdd, NonZero };
+
+/// What becomes one <path>: contours painted together, filled or stroked.
 struct SvgShape {
     std::vector<ContourView> contours;
     Paint paint = Paint::Fill;
     std::string colour = "#000";
     double strokeWidth = 1;
+    FillRule rule = FillRule::EvenOdd;
 };
 
 struct SvgOptions {

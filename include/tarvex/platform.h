@@ -69,6 +69,7 @@ using HGDIOBJ = void*;
 using HBITMAP = struct HBITMAP__*;
 using HBRUSH = struct HBRUSH__*;
 using HPEN = struct HPEN__*;
+using HFONT = struct HFONT__*;
 using HDC = struct HDC__*;
 using HWND = struct HWND__*;
 
@@ -118,6 +119,105 @@ struct DIBSECTION {
     DWORD dsOffset;
 };
 
+// Fonts and what is asked about them.
+
+inline constexpr int LF_FACESIZE = 32;
+using WCHAR = wchar_t;  ///< a whole character, where wchar_t has 32 bits
+
+/// A font as it is asked for; see CreateFontIndirectW.
+struct tagLOGFONTW {
+    LONG lfHeight;
+    LONG lfWidth;
+    LONG lfEscapement;   ///< tenths of a degree, counter-clockwise as seen
+    LONG lfOrientation;  ///< not read: characters turn with their line
+    LONG lfWeight;       ///< 1 to 1000, FW_NORMAL being 400; 0 is any
+    BYTE lfItalic;
+    BYTE lfUnderline;
+    BYTE lfStrikeOut;
+    BYTE lfCharSet;
+    BYTE lfOutPrecision;
+    BYTE lfClipPrecision;
+    BYTE lfQuality;
+    BYTE lfPitchAndFamily;  ///< FF_ROMAN and its like tell what may stand in for the face
+    WCHAR lfFaceName[LF_FACESIZE];
+};
+using LOGFONTW = tagLOGFONTW;
+
+/// A number with 16 bits after the point; negative ones round `value` down.
+struct FIXED {
+    WORD fract;
+    SHORT value;
+};
+struct MAT2 {
+    FIXED eM11;
+    FIXED eM12;
+    FIXED eM21;
+    FIXED eM22;
+};
+struct POINTFX {
+    FIXED x;
+    FIXED y;
+};
+/// The head of one closed polygon of a native outline; curves follow it.
+struct TTPOLYGONHEADER {
+    DWORD cb;      ///< bytes of the polygon, this head included
+    DWORD dwType;  ///< TT_POLYGON_TYPE
+    POINTFX pfxStart;
+};
+/// TT_PRIM_LINE: lines to each of the points. TT_PRIM_QSPLINE: quadratic curves whose control points are all
+/// but the last point, which is where the last one ends; the others end midway between two control points.
+struct TTPOLYCURVE {
+    WORD wType;
+    WORD cpfx;
+    POINTFX apfx[1];
+};
+struct GLYPHMETRICS {
+    UINT gmBlackBoxX;
+    UINT gmBlackBoxY;
+    POINT gmptGlyphOrigin;  ///< of the box's upper left corner, y upwards
+    SHORT gmCellIncX;
+    SHORT gmCellIncY;
+};
+struct ABCFLOAT {
+    float abcfA;
+    float abcfB;
+    float abcfC;
+};
+struct TEXTMETRICW {
+    LONG tmHeight;  ///< ascent and descent
+    LONG tmAscent;
+    LONG tmDescent;
+    LONG tmInternalLeading;  ///< by how much the height is more than the em
+    LONG tmExternalLeading;
+    LONG tmAveCharWidth;
+    LONG tmMaxCharWidth;
+    LONG tmWeight;
+    LONG tmOverhang;
+    LONG tmDigitizedAspectX;
+    LONG tmDigitizedAspectY;
+    WCHAR tmFirstChar;
+    WCHAR tmLastChar;
+    WCHAR tmDefaultChar;
+    WCHAR tmBreakChar;
+    BYTE tmItalic;
+    BYTE tmUnderlined;
+    BYTE tmStruckOut;
+    BYTE tmPitchAndFamily;
+    BYTE tmCharSet;
+};
+/// What GetCharacterPlacementW is to fill in.
+struct GCP_RESULTSW {
+    DWORD lStructSize;
+    WCHAR* lpOutString;
+    UINT* lpOrder;
+    int* lpDx;
+    int* lpCaretPos;
+    char* lpClass;
+    WCHAR* lpGlyphs;
+    UINT nGlyphs;
+    int nMaxFit;
+};
+
 // ---------------------------------------------------------------------------------------------
 // Constants
 
@@ -146,6 +246,25 @@ inline constexpr int PLANES = 14;
 inline constexpr int LOGPIXELSX = 88;
 inline constexpr int LOGPIXELSY = 90;
 inline constexpr int VK_ESCAPE = 0x1B;
+inline constexpr int SYSTEM_FONT = 13;
+inline constexpr LONG FW_NORMAL = 400;
+inline constexpr LONG FW_BOLD = 700;
+inline constexpr BYTE FIXED_PITCH = 1;
+inline constexpr BYTE FF_ROMAN = 0x10;
+inline constexpr BYTE FF_SWISS = 0x20;
+inline constexpr BYTE FF_MODERN = 0x30;
+inline constexpr BYTE FF_SCRIPT = 0x40;
+inline constexpr BYTE FF_DECORATIVE = 0x50;
+inline constexpr UINT GGO_METRICS = 0;
+inline constexpr UINT GGO_NATIVE = 2;
+inline constexpr DWORD GDI_ERROR = 0xFFFFFFFF;
+inline constexpr DWORD TT_POLYGON_TYPE = 24;
+inline constexpr WORD TT_PRIM_LINE = 1;
+inline constexpr WORD TT_PRIM_QSPLINE = 2;
+inline constexpr DWORD GGI_MARK_NONEXISTING_GLYPHS = 1;
+inline constexpr DWORD GCP_USEKERNING = 8;
+inline constexpr UINT CP_UTF8 = 65001;
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
 constexpr COLORREF RGB(int red, int green, int blue) {
     return static_cast<COLORREF>(red & 0xFF) | static_cast<COLORREF>(green & 0xFF) << 8 |
@@ -184,10 +303,13 @@ TARVEX_API int GetObject(HANDLE object, int size, void* out);
 /// A context in memory, in which no bitmap is selected yet: until one is, drawing succeeds and leaves
 /// no trace. The argument is null or any context; null for anything else.
 TARVEX_API HDC CreateCompatibleDC(HDC dc);
-/// Deletes a context made by CreateCompatibleDC and lets go of what is selected into it. False for
-/// anything else, the screen's contexts among them.
+/// Deletes a context made by CreateCompatibleDC or CreateDCW and lets go of what is selected into it. False
+/// for anything else, the screen's contexts among them.
 TARVEX_API BOOL DeleteDC(HDC dc);
 
+/// A context on the screen for the driver "DISPLAY", which is deleted by DeleteDC; null for any other. The
+/// other arguments do not matter.
+TARVEX_API HDC CreateDCW(const WCHAR* driver, const WCHAR* device, const WCHAR* output, const void* settings);
 /// A context on the screen, which is a picture in memory: 1024 by 768 pixels of 32 bits, black at
 /// first, one for the whole process. Release it with ReleaseDC. Null for a window.
 TARVEX_API HDC GetDC(HWND window);
@@ -197,12 +319,12 @@ TARVEX_API int ReleaseDC(HWND window, HDC dc);
 /// depth (BITSPIXEL, PLANES); 0 for any other question and when the context is not one.
 TARVEX_API int GetDeviceCaps(HDC dc, int index);
 
-/// Selects a bitmap, brush or pen and returns what was selected in its place, which the caller puts
+/// Selects a bitmap, brush, pen or font and returns what was selected in its place, which the caller puts
 /// back before deleting the object; null when that is refused. A bitmap can be selected into one
-/// context at a time, and into none of the screen's. Before the first bitmap, a stock handle stands
-/// in its place that can only be selected again.
+/// context at a time, and into none of the screen's. Before the first bitmap and the first font, a stock
+/// handle stands in its place that can only be selected again.
 TARVEX_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
-/// Deletes a bitmap, brush or pen. False, with nothing deleted, while it is selected into a context
+/// Deletes a bitmap, brush, pen or font. False, with nothing deleted, while it is selected into a context
 /// and when the handle is not one. For a stock object true, and it lives on.
 TARVEX_API BOOL DeleteObject(HGDIOBJ object);
 
@@ -302,6 +424,69 @@ TARVEX_API int SetPolyFillMode(HDC dc, int mode);
 /// Remembers TRANSPARENT or OPAQUE and returns the mode before, 0 when refused. Solid pens and brushes
 /// have no gaps for a background to show in.
 TARVEX_API int SetBkMode(HDC dc, int mode);
+
+// ---------------------------------------------------------------------------------------------
+// Fonts
+//
+// Fonts are found by Fontconfig, with the rules that the system and its user set, and read by FreeType. A
+// build without these two makes no fonts. Sizes are pixels and nothing is rounded to them: outlines are not
+// hinted, and the same font file gives the same outlines on every processor.
+//
+// Characters are Unicode's, those beyond U+FFFF included. One that the font does not have is taken from the
+// installed outline font that comes nearest to it and has it; when none has, it is the font's box for
+// missing characters. Text is not shaped: each character stands for its own glyph, from left to right.
+
+/// Finds a font. Null when there is none at all, for a null pointer, and when the em comes to more than
+/// 16,384 pixels or less than 1/64.
+///
+/// Height: negative for the em's height; positive for the cell's, which is ascent and descent together; 0
+/// for an em of 16 pixels (12 points). Width: the average width of characters, to which they are narrowed or
+/// widened; 0 leaves them as they are, and the sign does not matter. A family that is not installed is
+/// replaced by what the system's rules say, or else by a font with serifs for FF_ROMAN, one of fixed pitch
+/// for FF_MODERN or FIXED_PITCH, a script for FF_SCRIPT, a decorative font for FF_DECORATIVE, and by a
+/// sans-serif font otherwise. Where the family has no bold or italic face, one is made by widening or
+/// slanting the outlines, if the system's rules say so. Underlines and the character set are not read.
+TARVEX_API HFONT CreateFontIndirectW(const LOGFONTW* font);
+
+/// The outline of a character for GGO_NATIVE: polygons of lines and quadratic curves, y upwards, the pen at
+/// 0, turned by the font's escapement. Cubic curves become quadratic ones within a quarter of a pixel.
+/// `metrics` gets the box around it, rounded outwards, and the advance; with GGO_METRICS that is all.
+///
+/// The result is the number of bytes of the outline, also where a null buffer or the size 0 asks for
+/// it; 0 when there is nothing to draw, as for a space. GDI_ERROR, with nothing written, when the buffer is
+/// too small, the font has only bitmaps, the context has no font, a coordinate does not fit into 16 bits
+/// before the point, `transform` is not the identity or `metrics` is null, and for any other format.
+TARVEX_API DWORD GetGlyphOutlineW(HDC dc, UINT character, UINT format, GLYPHMETRICS* metrics, DWORD size,
+                                  void* buffer, const MAT2* transform);
+/// For each of the characters `first` to `last`, along the line: the space before its outline, the outline's
+/// width, and the space after it, which together are the advance. Spaces before and after may be negative;
+/// where there is no outline the width is the advance. False when there is no font, or the range is empty
+/// or goes beyond U+10FFFF.
+TARVEX_API BOOL GetCharABCWidthsFloatW(HDC dc, UINT first, UINT last, ABCFLOAT* widths);
+/// Heights are rounded to pixels. False when the context has no font.
+TARVEX_API BOOL GetTextMetricsW(HDC dc, TEXTMETRICW* metrics);
+/// The family of the font that was found, cut to `size` - 1 characters and a zero. Returns the number of
+/// characters written, the zero included, or needed when `name` is null; 0 when the context has no font.
+TARVEX_API int GetTextFaceW(HDC dc, int size, WCHAR* name);
+/// The number of each character's glyph in the font that it is taken from; where no font has it, 0xFFFF
+/// with GGI_MARK_NONEXISTING_GLYPHS and else 0. Returns `count`, or GDI_ERROR when the context has no font.
+TARVEX_API DWORD GetGlyphIndicesW(HDC dc, const WCHAR* text, int count, WORD* indices, DWORD flags);
+/// Each character's advance, in `results->lpDx`, rounded; with GCP_USEKERNING corrected for the character
+/// that follows it. The structure's other members are neither read nor written, but for its size and
+/// `nGlyphs`, the room in `lpDx`, which becomes the number of advances. Returns the line's width in the
+/// lower and its height in the upper 16 bits; 0 when it is refused or there is nothing to place.
+TARVEX_API DWORD GetCharacterPlacementW(HDC dc, const WCHAR* text, int count, int most, GCP_RESULTSW* results,
+                                        DWORD flags);
+
+/// UTF-8 to wide characters. `size` bytes are read, or up to a zero, and that too, for -1. What is not UTF-8
+/// becomes U+FFFD byte by byte, or with MB_ERR_INVALID_CHARS is refused. Returns the characters written, or
+/// needed when `room` is 0; 0 when refused, there is not room enough, or the code page is another.
+TARVEX_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int size, WCHAR* wide,
+                                   int room);
+/// The other way, in the same manner; what is no character becomes U+FFFD. The flags must be 0, and the last
+/// two arguments null.
+TARVEX_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int size, char* text,
+                                   int room, const char* standIn, BOOL* wasNeeded);
 
 // ---------------------------------------------------------------------------------------------
 // Rectangles

@@ -1,9 +1,11 @@
 // Device contexts, the stock objects, and what is selected where.
 #include <algorithm>
 #include <cstdlib>
+#include <cwchar>
 #include <utility>
 
 #include "platform/desktop.h"
+#include "platform/font.h"
 #include "platform/objects.h"
 
 namespace tarvex {
@@ -58,6 +60,7 @@ struct StockObjects {
     Selected<Pen> blackPen = RegisterStock(std::make_shared<Pen>(PixelWord{0}, 1));
     Selected<Pen> noPen = RegisterStock(std::make_shared<Pen>(std::nullopt, 1));
     Selected<Bitmap> placeholder = RegisterStock(MakePlaceholder());
+    Selected<Font> noFont = RegisterStock(std::make_shared<Font>(nullptr));
 };
 
 const StockObjects& Stock() {
@@ -65,13 +68,12 @@ const StockObjects& Stock() {
     return *stock;
 }
 
-enum class Target { Memory, Screen };
-
-void* RegisterContext(Target target) {
-    return Register([target] {
-        auto context = std::make_shared<Context>(target == Target::Screen);
+void* RegisterContext(ContextOrigin origin) {
+    return Register([origin] {
+        auto context = std::make_shared<Context>(origin);
         context->bitmap.handle = Stock().placeholder.handle;
-        if (target == Target::Screen) context->bitmap.object = Screen();
+        context->font.handle = Stock().noFont.handle;
+        if (origin != ContextOrigin::Memory) context->bitmap.object = Screen();
         context->brush = Stock().white;
         context->pen = Stock().blackPen;
         return context;
@@ -88,22 +90,31 @@ void* Replace(Selected<T>& place, void* handle, std::shared_ptr<T> object) {
 }
 
 void* SelectBitmapLocked(Context& context, void* handle, std::shared_ptr<Bitmap> bitmap) {
-    if (context.screen) return nullptr;
+    if (context.origin != ContextOrigin::Memory) return nullptr;
     if (bitmap->stock) return Replace<Bitmap>(context.bitmap, handle, nullptr);
     if (bitmap->selections > 0 && context.bitmap.object != bitmap) return nullptr;
     return Replace(context.bitmap, handle, std::move(bitmap));
 }
 
-/// Deletes a context made for the given target.
-bool DropContext(HDC handle, Target target) {
+void* SelectFontLocked(Context& context, void* handle, std::shared_ptr<Font> font) {
+    if (font->stock) font = nullptr;
+    return Replace(context.font, handle, std::move(font));
+}
+
+enum class Parting { Delete, Release };
+
+/// Lets go of a context, if this is how its kind is let go of.
+bool DropContext(HDC handle, Parting parting) {
     Registry& registry = Registry::Instance();
     std::shared_ptr<Object> dropped;  // destroyed after the lock is gone
     const auto lock = registry.Lock();
     const auto context = registry.FindLocked<Context>(handle);
-    if (context == nullptr || context->screen != (target == Target::Screen)) return false;
-    if (!context->screen) Replace<Bitmap>(context->bitmap, nullptr, nullptr);
+    if (context == nullptr) return false;
+    if ((context->origin == ContextOrigin::Screen) != (parting == Parting::Release)) return false;
+    if (context->origin == ContextOrigin::Memory) Replace<Bitmap>(context->bitmap, nullptr, nullptr);
     Replace<Brush>(context->brush, nullptr, nullptr);
     Replace<Pen>(context->pen, nullptr, nullptr);
+    Replace<Font>(context->font, nullptr, nullptr);
     dropped = registry.EraseLocked(handle);
     return true;
 }
@@ -113,22 +124,28 @@ bool DropContext(HDC handle, Target target) {
 
 using platform::Brush;
 using platform::Context;
+using platform::ContextOrigin;
+using platform::Parting;
 using platform::Registry;
-using platform::Target;
 
 HDC CreateCompatibleDC(HDC dc) {
     if (dc != nullptr && Registry::Instance().Find<Context>(dc) == nullptr) return nullptr;
-    return static_cast<HDC>(platform::RegisterContext(Target::Memory));
+    return static_cast<HDC>(platform::RegisterContext(ContextOrigin::Memory));
 }
 
-BOOL DeleteDC(HDC dc) { return platform::DropContext(dc, Target::Memory) ? TRUE : FALSE; }
+BOOL DeleteDC(HDC dc) { return platform::DropContext(dc, Parting::Delete) ? TRUE : FALSE; }
+
+HDC CreateDCW(const WCHAR* driver, const WCHAR*, const WCHAR*, const void*) {
+    if (driver == nullptr || std::wcscmp(driver, L"DISPLAY") != 0) return nullptr;
+    return static_cast<HDC>(platform::RegisterContext(ContextOrigin::Display));
+}
 
 HDC GetDC(HWND window) {
-    return window == nullptr ? static_cast<HDC>(platform::RegisterContext(Target::Screen)) : nullptr;
+    return window == nullptr ? static_cast<HDC>(platform::RegisterContext(ContextOrigin::Screen)) : nullptr;
 }
 
 int ReleaseDC(HWND window, HDC dc) {
-    return window == nullptr && platform::DropContext(dc, Target::Screen) ? 1 : 0;
+    return window == nullptr && platform::DropContext(dc, Parting::Release) ? 1 : 0;
 }
 
 int GetDeviceCaps(HDC dc, int index) {
@@ -161,6 +178,8 @@ HGDIOBJ SelectObject(HDC dc, HGDIOBJ handle) {
         return platform::Replace(context->brush, handle, std::move(brush));
     if (auto pen = registry.FindLocked<platform::Pen>(handle))
         return platform::Replace(context->pen, handle, std::move(pen));
+    if (auto font = registry.FindLocked<platform::Font>(handle))
+        return platform::SelectFontLocked(*context, handle, std::move(font));
     return nullptr;
 }
 
@@ -192,6 +211,8 @@ HGDIOBJ GetStockObject(int index) {
                 return stock.blackPen.handle;
             case NULL_PEN:
                 return stock.noPen.handle;
+            case SYSTEM_FONT:
+                return stock.noFont.handle;
             default:
                 return nullptr;
         }

@@ -53,6 +53,7 @@ struct ReleaseScreen {
 using UniqueBitmap = UniqueHandle<HBITMAP, DeleteGraphicsObject>;
 using UniqueBrush = UniqueHandle<HBRUSH, DeleteGraphicsObject>;
 using UniquePen = UniqueHandle<HPEN, DeleteGraphicsObject>;
+using UniqueFont = UniqueHandle<HFONT, DeleteGraphicsObject>;
 using UniqueDC = UniqueHandle<HDC, DeleteMemoryContext>;
 /// A context from `GetDC(nullptr)`.
 using ScreenDC = UniqueHandle<HDC, ReleaseScreen>;

@@ -1,4 +1,4 @@
-// What handles stand for: bitmaps, brushes, pens and device contexts.
+// What handles stand for: bitmaps, brushes, pens and device contexts; fonts have their own header.
 #pragma once
 
 #include <cstddef>
@@ -43,6 +43,8 @@ struct Pen : Object {
     const std::int64_t width;               ///< in pixels; 1 is the thin line
 };
 
+struct Font;  // font.h
+
 /// An object selected into a context, by its handle too, which the next selection returns.
 template <class T>
 struct Selected {
@@ -50,14 +52,22 @@ struct Selected {
     std::shared_ptr<T> object;
 };
 
+/// Who lets go of a context, and whether it draws on the screen.
+enum class ContextOrigin {
+    Memory,   ///< CreateCompatibleDC and DeleteDC
+    Screen,   ///< GetDC and ReleaseDC; draws on the screen
+    Display,  ///< CreateDCW and DeleteDC; draws on the screen
+};
+
 struct Context : Object {
     static constexpr Kind kKind = Kind::Context;
-    explicit Context(bool onScreen) : Object(kKind), screen(onScreen) {}
+    explicit Context(ContextOrigin from) : Object(kKind), origin(from) {}
 
-    const bool screen;
+    const ContextOrigin origin;
     Selected<Bitmap> bitmap;  ///< the object is null before the first bitmap is selected
     Selected<Brush> brush;
     Selected<Pen> pen;
+    Selected<Font> font;  ///< the object is null before the first font is selected
     POINT position{};
     int stretchMode = BLACKONWHITE;
     int fillMode = ALTERNATE;

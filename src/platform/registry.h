@@ -14,7 +14,7 @@
 
 namespace tarvex::platform {
 
-enum class Kind { Bitmap, Brush, Pen, Context };
+enum class Kind { Bitmap, Brush, Pen, Font, Context };
 
 struct Object {
     explicit Object(Kind kindOfObject) : kind(kindOfObject) {}
