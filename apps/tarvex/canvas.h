@@ -9,10 +9,9 @@
 #include "tarvex/picture.h"
 #include "tarvex/platform.h"
 #include "tarvex/scaledraw.h"
+#include "tarvex/svg_writer.h"
 
 namespace tarvex::app {
-
-enum class FillRule { EvenOdd, NonZero };
 
 class Canvas {
   public:
