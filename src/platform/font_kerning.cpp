@@ -21,7 +21,7 @@ constexpr unsigned kXAdvance = 4;
 /// Real fonts have some dozens; a query walks through all of them.
 constexpr std::size_t kMostSubtables = 2000;
 /// Entries of lists that are looked at in search of them: lists may overlap, and repeat one another.
-constexpr std::size_t kMostEntries = 200'000;
+constexpr std::size_t kMostEntries = 20'000;
 
 /// Big-endian numbers; 0 beyond the end.
 class Bytes {
