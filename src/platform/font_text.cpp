@@ -78,7 +78,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, const char* text, int size, 
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int size, char* text, int room,
-                        const char* standIn, BOOL* wasNeeded) {
+                        const char* standIn,
+                        BOOL* wasNeeded) {  // NOLINT(readability-non-const-parameter): the system's signature
     const auto part = Part(wide, size);
     if (codePage != CP_UTF8 || flags != 0 || standIn != nullptr || wasNeeded != nullptr || !part) return 0;
     std::string converted;
