@@ -19,6 +19,7 @@ namespace tarvex::clip {
 namespace {
 
 constexpr std::int32_t none = -1;
+constexpr std::int32_t several = -2;
 
 std::size_t Index(std::int32_t i) { return static_cast<std::size_t>(i); }
 
@@ -49,7 +50,8 @@ class Tracer {
     std::vector<Contour> Trace();
 
   private:
-    void JoinAt(std::int32_t vertex);
+    void JoinAt(std::int32_t vertex, std::vector<std::int32_t>& around);
+    bool IsKnot(std::int32_t vertex) const { return m_leaving[Index(vertex)] == several; }
     void Walk(std::int32_t link);
     void Close(std::size_t from, const Step& arrival);
     Contour Finished(const Loop& loop) const;
@@ -57,8 +59,7 @@ class Tracer {
 
     const std::vector<Point>& m_vertices;
     std::vector<Link> m_links;
-    std::vector<std::int32_t> m_first;     ///< where in m_around each vertex's links begin
-    std::vector<std::int32_t> m_around;    ///< the links at each vertex
+    std::vector<std::int32_t> m_leaving;   ///< the link that leaves each vertex, none, or several
     std::vector<std::int32_t> m_position;  ///< of a vertex in the walk, or none
     std::vector<Step> m_walk;
     std::vector<Step> m_steps;
@@ -67,46 +68,50 @@ class Tracer {
 
 Tracer::Tracer(const Arrangement& arrangement, const Region& region)
     : m_vertices(arrangement.vertices),
-      m_first(arrangement.vertices.size() + 1),
+      m_leaving(arrangement.vertices.size(), none),
       m_position(arrangement.vertices.size(), none) {
     for (const Piece& piece : arrangement.pieces) {
         const bool left = region[piece.left];
         const bool right = region[piece.left ^ piece.parity];
         if (left == right) continue;
+        const auto number = static_cast<std::int32_t>(m_links.size());
         m_links.push_back({left ? piece.a : piece.b, left ? piece.b : piece.a, piece.edge, none});
-        ++m_first[Index(piece.a)];
-        ++m_first[Index(piece.b)];
+        std::int32_t& leaving = m_leaving[Index(m_links.back().from)];
+        leaving = leaving == none ? number : several;
     }
-    std::int32_t sum = 0;
-    for (std::int32_t& first : m_first) first = sum += first;
-    m_around.resize(m_links.size() * 2);
-    for (std::size_t i = m_links.size(); i-- > 0;) {
-        m_around[Index(--m_first[Index(m_links[i].from)])] = static_cast<std::int32_t>(i);
-        m_around[Index(--m_first[Index(m_links[i].to)])] = static_cast<std::int32_t>(i);
+    std::vector<std::pair<std::int32_t, std::int32_t>> atKnots;  // vertex and link
+    for (std::size_t i = 0; i < m_links.size(); ++i) {
+        Link& link = m_links[i];
+        link.next = m_leaving[Index(link.to)];
+        if (link.next == several) atKnots.emplace_back(link.to, static_cast<std::int32_t>(i));
+        if (IsKnot(link.from)) atKnots.emplace_back(link.from, static_cast<std::int32_t>(i));
+    }
+    std::sort(atKnots.begin(), atKnots.end());
+    std::vector<std::int32_t> around;
+    for (std::size_t i = 0; i < atKnots.size();) {
+        const std::int32_t vertex = atKnots[i].first;
+        around.clear();
+        for (; i < atKnots.size() && atKnots[i].first == vertex; ++i) around.push_back(atKnots[i].second);
+        JoinAt(vertex, around);
     }
 }
 
-/// Gives every link that arrives at the vertex its successor.
-void Tracer::JoinAt(std::int32_t vertex) {
-    const auto begin = m_around.begin() + m_first[Index(vertex)];
-    const auto end = m_around.begin() + m_first[Index(vertex) + 1];
-    if (begin == end) return;
+/// Gives every link that arrives at a vertex with several leaving ones its successor.
+void Tracer::JoinAt(std::int32_t vertex, std::vector<std::int32_t>& around) {
     const auto far = [this, vertex](std::int32_t link) {
         const Link& l = m_links[Index(link)];
         return l.from == vertex ? l.to : l.from;
     };
-    if (end - begin > 2) {
-        // Clockwise, from the left: the upper ones from left to right, then the lower ones back.
-        std::sort(begin, end, [this, vertex, &far](std::int32_t i, std::int32_t j) {
-            const std::int32_t p = far(i);
-            const std::int32_t q = far(j);
-            if ((p > vertex) != (q > vertex)) return p > vertex;
-            return Turn(At(vertex), At(q), At(p)) > 0;
-        });
-    }
-    for (auto it = begin; it != end; ++it) {
-        const auto following = it + 1 == end ? begin : it + 1;
-        if (m_links[Index(*it)].to == vertex) m_links[Index(*it)].next = *following;
+    // Clockwise, from the left: the upper ones from left to right, then the lower ones back.
+    std::sort(around.begin(), around.end(), [this, vertex, &far](std::int32_t i, std::int32_t j) {
+        const std::int32_t p = far(i);
+        const std::int32_t q = far(j);
+        if ((p > vertex) != (q > vertex)) return p > vertex;
+        return Turn(At(vertex), At(q), At(p)) > 0;
+    });
+    for (std::size_t i = 0; i < around.size(); ++i) {
+        Link& link = m_links[Index(around[i])];
+        if (link.to == vertex) link.next = around[(i + 1) % around.size()];
     }
 }
 
@@ -137,21 +142,23 @@ void Tracer::Close(std::size_t from, const Step& arrival) {
 }
 
 Contour Tracer::Finished(const Loop& loop) const {
-    const auto begin = m_steps.begin() + static_cast<std::ptrdiff_t>(loop.first);
-    std::vector<Step> steps(begin, begin + static_cast<std::ptrdiff_t>(loop.count));
-    const auto lowest =
-        std::find_if(steps.begin(), steps.end(), [&loop](const Step& s) { return s.vertex == loop.lowest; });
-    std::rotate(steps.begin(), lowest, steps.end());
+    const Step* const steps = m_steps.data() + loop.first;
+    const std::size_t count = loop.count;
+    const auto start = static_cast<std::size_t>(
+        std::find_if(steps, steps + count, [&loop](const Step& s) { return s.vertex == loop.lowest; }) -
+        steps);
+    const auto at = [=](std::size_t i) -> const Step& {
+        return steps[i + start < count ? i + start : i + start - count];
+    };
 
     Contour contour;
-    contour.hole = Turn(At(loop.lowest), At(steps[1].vertex), At(steps.back().vertex)) < 0;
-    contour.vertices.reserve(steps.size());
+    contour.hole = Turn(At(loop.lowest), At(at(1).vertex), At(at(count - 1).vertex)) < 0;
+    contour.vertices.reserve(count);
     std::int32_t previous = loop.lowest;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        const Step& step = steps[i];
-        const std::int32_t following = steps[(i + 1) % steps.size()].vertex;
-        const bool needless = i > 0 && step.edge == steps[i - 1].edge &&
-                              m_first[Index(step.vertex) + 1] - m_first[Index(step.vertex)] == 2 &&
+    for (std::size_t i = 0; i < count; ++i) {
+        const Step& step = at(i);
+        const std::int32_t following = i + 1 == count ? loop.lowest : at(i + 1).vertex;
+        const bool needless = i > 0 && step.edge == at(i - 1).edge && !IsKnot(step.vertex) &&
                               Turn(At(previous), At(step.vertex), At(following)) == 0;
         if (needless) continue;
         contour.vertices.push_back({At(step.vertex).x, At(step.vertex).y});
@@ -161,7 +168,6 @@ Contour Tracer::Finished(const Loop& loop) const {
 }
 
 std::vector<Contour> Tracer::Trace() {
-    for (std::size_t v = 0; v + 1 < m_first.size(); ++v) JoinAt(static_cast<std::int32_t>(v));
     for (std::size_t i = 0; i < m_links.size(); ++i) Walk(static_cast<std::int32_t>(i));
     std::stable_sort(m_loops.begin(), m_loops.end(), [](const Loop& l, const Loop& m) {
         return l.highest != m.highest ? l.highest < m.highest : l.lowest < m.lowest;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <numeric>
 
 #include "shaping/clip/sweep.h"
 #include "tarvex/framework.h"
@@ -50,22 +51,14 @@ class Gatherer {
             vertexOf[static_cast<std::size_t>(corner.number)] =
                 static_cast<std::int32_t>(result.vertices.size()) - 1;
         }
-        std::vector<Piece> pieces;
-        pieces.reserve(m_next.size());
-        for (std::size_t i = 0; i < m_next.size(); ++i) {
-            const std::int32_t from = vertexOf[i];
-            const std::int32_t to = vertexOf[static_cast<std::size_t>(m_next[i])];
-            if (from != to) pieces.push_back({std::min(from, to), std::max(from, to), 0, m_bits[i], 0});
-        }
-        std::sort(pieces.begin(), pieces.end(),
-                  [](const Piece& p, const Piece& q) { return p.a != q.a ? p.a < q.a : p.b < q.b; });
+        std::vector<Piece> pieces = SortedPieces(vertexOf, result.vertices.size());
         result.pieces.reserve(pieces.size());
         result.edges.reserve(pieces.size());
         for (std::size_t i = 0; i < pieces.size();) {
             Piece piece = pieces[i];
             for (++i; i < pieces.size() && pieces[i].a == piece.a && pieces[i].b == piece.b; ++i)
                 piece.parity ^= pieces[i].parity;
-            if (piece.parity == 0) continue;
+            if (piece.parity == 0 || piece.a == piece.b) continue;
             piece.edge = static_cast<std::int32_t>(result.edges.size());
             result.pieces.push_back(piece);
             result.edges.push_back({result.vertices[static_cast<std::size_t>(piece.a)],
@@ -75,6 +68,27 @@ class Gatherer {
     }
 
   private:
+    /// The pieces by their first vertex and then by their second.
+    std::vector<Piece> SortedPieces(const std::vector<std::int32_t>& vertexOf,
+                                    std::size_t vertexCount) const {
+        std::vector<std::int32_t> first(vertexCount + 1);
+        const auto ends = [&](std::size_t i) {
+            return std::minmax(vertexOf[i], vertexOf[static_cast<std::size_t>(m_next[i])]);
+        };
+        for (std::size_t i = 0; i < m_next.size(); ++i) ++first[static_cast<std::size_t>(ends(i).first)];
+        std::partial_sum(first.begin(), first.end(), first.begin());
+        std::vector<Piece> pieces(m_next.size());
+        for (std::size_t i = m_next.size(); i-- > 0;) {
+            const auto [a, b] = ends(i);
+            pieces[static_cast<std::size_t>(--first[static_cast<std::size_t>(a)])] = {a, b, 0, m_bits[i], 0};
+        }
+        for (std::size_t v = 0; v < vertexCount; ++v) {
+            std::sort(pieces.begin() + first[v], pieces.begin() + first[v + 1],
+                      [](const Piece& p, const Piece& q) { return p.b < q.b; });
+        }
+        return pieces;
+    }
+
     struct Corner {
         Point at;
         std::int32_t number;

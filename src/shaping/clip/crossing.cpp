@@ -61,7 +61,12 @@ Point LineCrossing(const Segment& e, const Segment& f) {
     return {x.high, y.high};
 }
 
+bool IsUpright(const Segment& e) { return e.a.x == e.b.x; }
+bool IsLevel(const Segment& e) { return e.a.y == e.b.y; }
+
 Point Crossing(const Segment& e, const Segment& f) {
+    if (IsUpright(e) && IsLevel(f)) return {e.a.x, f.a.y};
+    if (IsLevel(e) && IsUpright(f)) return {f.a.x, e.a.y};
     const Segment& first = Precedes(e, f) ? e : f;
     const Segment& second = Precedes(e, f) ? f : e;
     const int scale = NeededScale(e, f);

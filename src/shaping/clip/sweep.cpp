@@ -85,16 +85,19 @@ class Sweep {
         std::int32_t first = none;
         std::int32_t second = none;
     };
-    static bool Later(const Event& e, const Event& f) { return Before(f.at, e.at); }
+    struct Later {
+        bool operator()(const Event& e, const Event& f) const { return Before(f.at, e.at); }
+    };
 
     /// What a comparison of two neighbours came to.
     enum class Outcome { settled, reachesEvent };
 
     bool NextEvent();
+    void Start(std::int32_t piece);
     void Attend(std::int32_t item);
     void Process();
     bool Locate();
-    void SortJoining();
+    void OrderJoining();
     void MergeOverlaps();
     bool Overlap(const Item& i, const Item& j) const;
     bool ResolveNeighbours();
@@ -104,6 +107,7 @@ class Sweep {
     void Replace();
     void Finish(std::int32_t item, std::int32_t atVertex);
     std::int32_t AddItem(const Item& item);
+    void Drop(std::int32_t item);
     std::int32_t AddVertex(const Point& p);
     void Push(const Point& at, std::int32_t first, std::int32_t second = none);
     bool ProperlyCross(const Item& l, const Item& r) const;
@@ -115,8 +119,10 @@ class Sweep {
     Incidence m_starts;
     Incidence m_ends;
     std::size_t m_nextVertex = 0;
+    std::vector<std::int32_t> m_itemOf;  ///< of each input piece, once it has started
     std::vector<Item> m_items;
-    std::vector<Event> m_events;  ///< a heap
+    std::vector<std::int32_t> m_free;  ///< items that are done, whose numbers are given out again
+    std::vector<Event> m_events;       ///< a heap
     Status m_status;
 
     Point m_at;  ///< the event at hand
@@ -137,17 +143,10 @@ class Sweep {
 Sweep::Sweep(const Arrangement& input)
     : m_input(input),
       m_starts(input.vertices.size(), input.pieces, &Piece::a),
-      m_ends(input.vertices.size(), input.pieces, &Piece::b) {
-    m_items.reserve(input.pieces.size() * 2);
+      m_ends(input.vertices.size(), input.pieces, &Piece::b),
+      m_itemOf(input.pieces.size(), none) {
     m_vertices.reserve(input.vertices.size());
-    for (const Piece& piece : input.pieces) {
-        Item item;
-        item.a = input.vertices[Index(piece.a)];
-        item.b = input.vertices[Index(piece.b)];
-        item.edge = piece.edge;
-        item.parity = piece.parity;
-        m_items.push_back(item);
-    }
+    m_pieces.reserve(input.pieces.size());
 }
 
 bool Sweep::Run() {
@@ -166,18 +165,32 @@ bool Sweep::NextEvent() {
     m_at = given ? m_input.vertices[m_nextVertex] : m_events.front().at;
     if (!m_events.empty() && Before(m_events.front().at, m_at)) m_at = m_events.front().at;
     if (given && Same(m_input.vertices[m_nextVertex], m_at)) {
-        for (const std::int32_t item : m_ends.At(m_nextVertex)) Attend(item);
-        for (const std::int32_t item : m_starts.At(m_nextVertex)) Attend(item);
+        for (const std::int32_t piece : m_ends.At(m_nextVertex)) Attend(m_itemOf[Index(piece)]);
+        for (const std::int32_t piece : m_starts.At(m_nextVertex)) Start(piece);
         ++m_nextVertex;
     }
     while (!m_events.empty() && Same(m_events.front().at, m_at)) {
         const Event event = m_events.front();
-        std::pop_heap(m_events.begin(), m_events.end(), Later);
+        std::pop_heap(m_events.begin(), m_events.end(), Later());
         m_events.pop_back();
         Attend(event.first);
         Attend(event.second);
     }
     return true;
+}
+
+/// Makes an item of a piece that starts at the event.
+void Sweep::Start(std::int32_t piece) {
+    const Piece& p = m_input.pieces[Index(piece)];
+    Item item;
+    item.a = m_at;
+    item.b = m_input.vertices[Index(p.b)];
+    item.edge = p.edge;
+    item.parity = p.parity;
+    item.state = State::joining;
+    const std::int32_t number = AddItem(item);
+    m_itemOf[Index(piece)] = number;
+    m_joining.push_back(number);
 }
 
 /// Notes that an item starts or ends at the event, if it does: after cuts, some announced at the event
@@ -206,8 +219,7 @@ void Sweep::Process() {
         for (const std::int32_t item : m_joining) {
             if (At(item).aVertex == none) At(item).aVertex = m_atVertex;
         }
-        SortJoining();
-        MergeOverlaps();
+        OrderJoining();
     } while (!ResolveNeighbours());
     Replace();
 }
@@ -277,14 +289,21 @@ bool Sweep::LeaveAtEvent(std::int32_t item) {
     return true;
 }
 
-void Sweep::SortJoining() {
+/// Sorts what joins from left to right, and merges what coincides.
+void Sweep::OrderJoining() {
     if (m_joining.size() < 2) return;
+    if (m_joining.size() == 2) {
+        const int turn = Turn(m_at, At(m_joining[1]).b, At(m_joining[0]).b);
+        if (turn < 0) std::swap(m_joining[0], m_joining[1]);
+        if (turn != 0) return;
+    }
     std::sort(m_joining.begin(), m_joining.end(), [this](std::int32_t i, std::int32_t j) {
         if (i == j) return false;
         const int turn = Turn(m_at, At(j).b, At(i).b);
         if (turn != 0) return turn > 0;
         return Before(At(i).b, At(j).b);
     });
+    MergeOverlaps();
 }
 
 /// Whether two joining items start in the same direction. (After moves, some do not start at the event.)
@@ -305,8 +324,8 @@ void Sweep::MergeOverlaps() {
             At(item).parity ^= o.parity;
             At(item).edge = std::min(At(item).edge, o.edge);
             if (Same(o.b, At(item).b)) {
-                o.state = State::done;
                 if (o.follower != none) Push(o.b, o.follower);
+                Drop(other);
             } else {
                 o.a = At(item).b;
                 o.aVertex = none;
@@ -318,8 +337,8 @@ void Sweep::MergeOverlaps() {
         if (merged.parity != 0) {
             m_joining[kept++] = item;
         } else {
-            merged.state = State::done;
             if (merged.follower != none) Push(merged.b, merged.follower);
+            Drop(item);
         }
         i = j;
     }
@@ -350,6 +369,7 @@ bool Sweep::ResolveNeighbours() {
 }
 
 bool Sweep::ProperlyCross(const Item& l, const Item& r) const {
+    if (!m_moved) return true;  // their order is right at the event and wrong at the lower of their ends
     return Turn(l.a, l.b, r.a) * Turn(l.a, l.b, r.b) < 0 && Turn(r.a, r.b, l.a) * Turn(r.a, r.b, l.b) < 0;
 }
 
@@ -474,16 +494,28 @@ void Sweep::Replace() {
 }
 
 void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
-    Item& i = At(item);
-    i.state = State::done;
-    i.place = none;
+    const Item& i = At(item);
     m_pieces.push_back({i.aVertex, atVertex, i.edge, i.parity, i.left});
+    Drop(item);
 }
 
+/// Numbers are used again, so that memory stays near what is active. An event that still names a former
+/// item does no harm: what starts or ends at its point now has been or will be announced there anyway.
 std::int32_t Sweep::AddItem(const Item& item) {
+    if (!m_free.empty()) {
+        const std::int32_t number = m_free.back();
+        m_free.pop_back();
+        At(number) = item;
+        return number;
+    }
     const std::int32_t number = NextNumber(m_items);
     m_items.push_back(item);
     return number;
+}
+
+void Sweep::Drop(std::int32_t item) {
+    At(item).state = State::done;
+    m_free.push_back(item);
 }
 
 std::int32_t Sweep::AddVertex(const Point& p) {
@@ -495,7 +527,7 @@ std::int32_t Sweep::AddVertex(const Point& p) {
 
 void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
     m_events.push_back({at, first, second});
-    std::push_heap(m_events.begin(), m_events.end(), Later);
+    std::push_heap(m_events.begin(), m_events.end(), Later());
 }
 
 void Sweep::Take(Arrangement& output) {

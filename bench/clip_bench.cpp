@@ -1,0 +1,242 @@
+// Unions of polygon sets, beside polyclipping's on the same sets rounded to whole numbers.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <numbers>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "tarvex/clipper.h"
+
+#if defined(TARVEX_BENCH_POLYCLIPPING)
+#include <polyclipping/clipper.hpp>
+#endif
+
+namespace tarvex {
+namespace {
+
+using Contours = std::vector<std::vector<DPOINT>>;
+
+struct Operands {
+    Contours subject;
+    Contours clip;
+};
+
+DPOINT Around(double angle, double radius) { return {radius * std::cos(angle), radius * std::sin(angle)}; }
+
+/// Two discs whose radius jumps between 0.97 and 1 from vertex to vertex, each of that many edges.
+Operands RoughDiscs(int edges) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> radius(970, 1000);
+    const auto disc = [&](double x) {
+        std::vector<DPOINT> contour;
+        for (int i = 0; i < edges; ++i) {
+            const DPOINT p = Around(2 * std::numbers::pi * i / edges, radius(random));
+            contour.push_back({p.x + x, p.y});
+        }
+        return Contours{contour};
+    };
+    return {disc(0), disc(300)};
+}
+
+/// A closed curve of small loops around a circle, each loop crossing itself, and the same turned.
+Operands Loops(int edges) {
+    const auto ring = [edges](double phase) {
+        std::vector<DPOINT> contour;
+        const int loops = edges / 20;
+        const double step = 2 * std::numbers::pi / loops;
+        for (int i = 0; i < edges; ++i) {
+            const double angle = 2 * std::numbers::pi * i / edges + phase * step;
+            const DPOINT centre = Around(angle, 1000);
+            const DPOINT turn = Around(angle * loops, 1000 * step);
+            contour.push_back({centre.x + turn.x, centre.y + turn.y});
+        }
+        return Contours{contour};
+    };
+    return {ring(0), ring(0.37)};
+}
+
+/// Polygons of 20 random corners, one to each cell of a square grid and half as large again.
+Operands CrossingPolygons(int edges) {
+    std::mt19937 random(2);
+    std::uniform_real_distribution<double> offset(0, 15);
+    const int count = edges / 20;
+    const int columns = static_cast<int>(std::ceil(std::sqrt(count)));
+    const auto polygons = [&] {
+        Contours contours;
+        for (int i = 0; i < count; ++i) {
+            std::vector<DPOINT> contour;
+            for (int k = 0; k < 20; ++k) {
+                const double x = 10 * (i % columns) + offset(random);
+                contour.push_back({x, 10 * (i / columns) + offset(random)});
+            }
+            contours.push_back(contour);
+        }
+        return contours;
+    };
+    Operands made;
+    made.subject = polygons();
+    made.clip = polygons();
+    return made;
+}
+
+/// A grid of squares with gaps between them, and the same moved by half a square.
+Operands Grids(int squares) {
+    const int columns = static_cast<int>(std::sqrt(squares));
+    const auto grid = [&](double offset) {
+        Contours contours;
+        for (int i = 0; i < squares; ++i) {
+            const double x = offset + 10 * (i % columns);
+            const double y = offset + 10 * (i / columns);
+            contours.push_back({{x, y}, {x + 8, y}, {x + 8, y + 8}, {x, y + 8}});
+        }
+        return contours;
+    };
+    return {grid(0), grid(4)};
+}
+
+/// The same edges side by side, or nested so that every other one is a hole.
+Operands Rings(int count, bool nested) {
+    Contours contours;
+    for (int i = 0; i < count; ++i) {
+        std::vector<DPOINT> contour;
+        for (int k = 0; k < 100; ++k) {
+            const DPOINT p = Around(2 * std::numbers::pi * k / 100, nested ? 10.0 + i : 10.0);
+            contour.push_back({p.x + (nested ? 0 : 25.0 * i), p.y});
+        }
+        contours.push_back(contour);
+    }
+    return {contours, {{{-1e6, 0}, {-1e6 + 1, 0}, {-1e6, 1}}}};
+}
+
+class Set {
+  public:
+    explicit Set(const Contours& contours) {
+        m_polygon.contourCount = static_cast<std::int32_t>(contours.size());
+        m_polygon.contours = new ClipContour[contours.size()];
+        for (std::size_t i = 0; i < contours.size(); ++i) {
+            auto* vertices = new DPOINT[contours[i].size()];
+            std::copy(contours[i].begin(), contours[i].end(), vertices);
+            m_polygon.contours[i] = {static_cast<std::int32_t>(contours[i].size()), vertices};
+        }
+    }
+    ~Set() { FreeClipPolygon(m_polygon); }
+    Set(const Set&) = delete;
+    Set& operator=(const Set&) = delete;
+    ClipPolygon& Polygon() { return m_polygon; }
+
+  private:
+    ClipPolygon m_polygon;
+};
+
+double Area(const ClipPolygon& polygon) {
+    double twice = 0;
+    for (int c = 0; c < polygon.contourCount; ++c) {
+        const ClipContour& contour = polygon.contours[c];
+        for (int i = 0; i < contour.vertexCount; ++i) {
+            const DPOINT& p = contour.vertices[i];
+            const DPOINT& q = contour.vertices[(i + 1) % contour.vertexCount];
+            twice += p.x * q.y - q.x * p.y;
+        }
+    }
+    return twice / 2;
+}
+
+constexpr double kScale = 1e6;  // whole numbers of the peer to one unit
+
+#if defined(TARVEX_BENCH_POLYCLIPPING)
+ClipperLib::Paths PeerPaths(const Contours& contours) {
+    ClipperLib::Paths paths;
+    for (const auto& contour : contours) {
+        ClipperLib::Path path;
+        for (const DPOINT& p : contour) {
+            path.emplace_back(static_cast<ClipperLib::cInt>(std::llround(p.x * kScale)),
+                              static_cast<ClipperLib::cInt>(std::llround(p.y * kScale)));
+        }
+        paths.push_back(std::move(path));
+    }
+    return paths;
+}
+
+ClipperLib::Paths PeerUnion(const ClipperLib::Paths& subject, const ClipperLib::Paths& clip) {
+    ClipperLib::Clipper clipper;
+    clipper.AddPaths(subject, ClipperLib::ptSubject, true);
+    clipper.AddPaths(clip, ClipperLib::ptClip, true);
+    ClipperLib::Paths result;
+    clipper.Execute(ClipperLib::ctUnion, result, ClipperLib::pftEvenOdd, ClipperLib::pftEvenOdd);
+    return result;
+}
+#endif
+
+/// Both must find the same area, where the peer is there to ask and quick enough to wait for.
+void RequirePeersArea([[maybe_unused]] const Operands& operands, [[maybe_unused]] const ClipPolygon& result) {
+#if defined(TARVEX_BENCH_POLYCLIPPING)
+    std::size_t edges = 0;
+    for (const auto& contour : operands.subject) edges += contour.size();
+    if (edges > 20000) return;
+    double peer = 0;
+    for (const auto& path : PeerUnion(PeerPaths(operands.subject), PeerPaths(operands.clip)))
+        peer += ClipperLib::Area(path);
+    peer /= kScale * kScale;
+    const double area = Area(result);
+    if (!(std::fabs(area - peer) <= 1e-4 * std::fabs(area))) {
+        std::fprintf(stderr, "the union has an area of %.9g, polyclipping's %.9g\n", area, peer);
+        std::abort();
+    }
+#endif
+}
+
+void Union(benchmark::State& state, const Operands& operands) {
+    Set subject(operands.subject);
+    Set clip(operands.clip);
+    ClipPolygon result;
+    ClipPolygons(3, subject.Polygon(), clip.Polygon(), result);
+    RequirePeersArea(operands, result);
+    for (auto _ : state) ClipPolygons(3, subject.Polygon(), clip.Polygon(), result);
+    state.counters["contours"] = result.contourCount;
+    FreeClipPolygon(result);
+}
+
+void PeersUnion([[maybe_unused]] benchmark::State& state, [[maybe_unused]] const Operands& operands) {
+#if defined(TARVEX_BENCH_POLYCLIPPING)
+    const ClipperLib::Paths subject = PeerPaths(operands.subject);
+    const ClipperLib::Paths clip = PeerPaths(operands.clip);
+    std::size_t contours = 0;
+    for (auto _ : state) contours = PeerUnion(subject, clip).size();
+    state.counters["contours"] = static_cast<double>(contours);
+#endif
+}
+
+int Size(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
+
+void RoughDiscUnion(benchmark::State& state) { Union(state, RoughDiscs(Size(state))); }
+void LoopUnion(benchmark::State& state) { Union(state, Loops(Size(state))); }
+void CrossingPolygonUnion(benchmark::State& state) { Union(state, CrossingPolygons(Size(state))); }
+void GridUnion(benchmark::State& state) { Union(state, Grids(Size(state))); }
+void SeparateRingUnion(benchmark::State& state) { Union(state, Rings(Size(state), false)); }
+void NestedRingUnion(benchmark::State& state) { Union(state, Rings(Size(state), true)); }
+void PeerRoughDiscUnion(benchmark::State& state) { PeersUnion(state, RoughDiscs(Size(state))); }
+void PeerLoopUnion(benchmark::State& state) { PeersUnion(state, Loops(Size(state))); }
+void PeerCrossingPolygonUnion(benchmark::State& state) { PeersUnion(state, CrossingPolygons(Size(state))); }
+void PeerGridUnion(benchmark::State& state) { PeersUnion(state, Grids(Size(state))); }
+
+BENCHMARK(RoughDiscUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(LoopUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(CrossingPolygonUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(GridUnion)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(SeparateRingUnion)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(NestedRingUnion)->Arg(1000)->Unit(benchmark::kMillisecond);
+#if defined(TARVEX_BENCH_POLYCLIPPING)
+BENCHMARK(PeerRoughDiscUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerLoopUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerCrossingPolygonUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerGridUnion)->Arg(10000)->Unit(benchmark::kMillisecond);
+#endif
+
+}  // namespace
+}  // namespace tarvex
