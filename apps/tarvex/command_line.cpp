@@ -124,6 +124,8 @@ int RunProgram(int argc, const char* const* argv) {
     AddWarpCommand(program, action);
     AddRenderCommand(program, action);
     AddTextCommand(program, action);
+    AddRegionCommand(program, action);
+    AddBreakUpCommand(program, action);
     AddInfoCommand(program, action);
     try {
         program.parse(argc, argv);

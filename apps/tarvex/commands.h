@@ -26,6 +26,10 @@ void AddWarpCommand(CLI::App& program, Action& action);
 void AddRenderCommand(CLI::App& program, Action& action);
 /// `tarvex text`.
 void AddTextCommand(CLI::App& program, Action& action);
+/// `tarvex region`.
+void AddRegionCommand(CLI::App& program, Action& action);
+/// `tarvex breakup`.
+void AddBreakUpCommand(CLI::App& program, Action& action);
 /// `tarvex info`.
 void AddInfoCommand(CLI::App& program, Action& action);
 
