@@ -1,0 +1,210 @@
+// Canny's detector in one pass over the rows.
+//
+// Smoothing is separable: each row is filtered along itself once, and a sum
+// over the filtered rows around a row gives its smoothed levels. Only as many
+// rows are kept as the filter is high, three smoothed ones for the gradient,
+// and three rows of gradients for comparing a pixel with its neighbours; what
+// stays is one strength for each pixel. Outside the picture its border pixels
+// go on.
+//
+// A pixel is a line's own when its magnitude is not below the two found, by
+// straight interpolation, one step forth and back along its gradient. Forth is
+// always to the right, or down for upright gradients, and not towards the
+// light, and a pixel equal to the one forth gives way to it. So a plateau of
+// two keeps one, and a negative keeps the same. The magnitudes are divided by
+// that of an ideal upright step of one level, so they tell heights of steps
+// whatever sigma is.
+#include <algorithm>
+#include <cmath>
+
+#include "raster/edges/edge_map.h"
+
+namespace tarvex {
+namespace {
+
+constexpr double kFilterRadius = 3.5;  ///< in sigmas; what lies beyond is a 2,000th of the filter
+
+using Row = std::vector<float>;
+
+/// Half of a Gaussian with sum 1: the middle weight and those to one side.
+std::vector<float> GaussianHalf(double sigma) {
+    const int radius = static_cast<int>(std::ceil(kFilterRadius * sigma));
+    std::vector<double> weights;
+    double sum = 0;
+    for (int i = 0; i <= radius; ++i) {
+        weights.push_back(std::exp(-0.5 * (i / sigma) * (i / sigma)));
+        sum += i == 0 ? weights.back() : 2 * weights.back();
+    }
+    std::vector<float> half;
+    for (const double w : weights) half.push_back(static_cast<float>(w / sum));
+    return half;
+}
+
+/// Two rows at the same distance on both sides of the middle.
+struct TapPair {
+    const float* before;
+    const float* after;
+};
+
+constexpr int kBlock = 16;  ///< sums that stay in registers
+
+template <int Count>
+void SumBlock(const float* middle, std::span<const TapPair> taps, std::span<const float> weights, int x,
+              float* out) {
+    float sums[Count];
+    for (int i = 0; i < Count; ++i) sums[i] = weights[0] * middle[x + i];
+    for (std::size_t k = 0; k < taps.size(); ++k) {
+        const float w = weights[k + 1];
+        const float* const before = taps[k].before + x;
+        const float* const after = taps[k].after + x;
+        for (int i = 0; i < Count; ++i) sums[i] += w * (before[i] + after[i]);
+    }
+    for (int i = 0; i < Count; ++i) out[x + i] = sums[i];
+}
+
+/// The weighted sum of rows, pixel by pixel, in the same order at every pixel.
+void SumRows(const float* middle, std::span<const TapPair> taps, std::span<const float> weights, int width,
+             float* out) {
+    int x = 0;
+    for (; x + kBlock <= width; x += kBlock) SumBlock<kBlock>(middle, taps, weights, x, out);
+    for (; x < width; ++x) SumBlock<1>(middle, taps, weights, x, out);
+}
+
+/// The picture's rows, smoothed, asked for from the top down; with a pixel more
+/// at either end.
+class SmoothedRows {
+  public:
+    SmoothedRows(const LevelRows& picture, double sigma)
+        : m_picture(picture),
+          m_half(GaussianHalf(sigma)),
+          m_radius(static_cast<int>(m_half.size()) - 1),
+          m_padded(static_cast<std::size_t>(picture.Width() + 2 * m_radius)),
+          m_taps(static_cast<std::size_t>(m_radius)) {
+        const int rows = std::min(2 * m_radius + 1, picture.Height());
+        m_filtered.assign(static_cast<std::size_t>(rows), Row(static_cast<std::size_t>(picture.Width())));
+    }
+
+    /// The magnitude that the gradient, as half a difference over two pixels, has
+    /// at an ideal step of 1.
+    float StepMagnitude() const { return (m_half[0] + (m_radius > 0 ? m_half[1] : 0)) / 2; }
+
+    void Read(int y, Row& out) {
+        const int width = m_picture.Width();
+        while (m_next < m_picture.Height() && m_next <= y + m_radius) FilterAlong(m_next++);
+        for (int k = 1; k <= m_radius; ++k)
+            m_taps[static_cast<std::size_t>(k - 1)] = {Filtered(y - k), Filtered(y + k)};
+        SumRows(Filtered(y), m_taps, m_half, width, out.data() + 1);
+        out.front() = out[1];
+        out.back() = out[static_cast<std::size_t>(width)];
+    }
+
+  private:
+    void FilterAlong(int y) {
+        const auto width = static_cast<std::size_t>(m_picture.Width());
+        float* const middle = m_padded.data() + m_radius;
+        m_picture.Read(y, middle);
+        std::fill(m_padded.data(), middle, middle[0]);
+        std::fill(middle + width, m_padded.data() + m_padded.size(), middle[width - 1]);
+        for (int k = 1; k <= m_radius; ++k)
+            m_taps[static_cast<std::size_t>(k - 1)] = {middle - k, middle + k};
+        SumRows(middle, m_taps, m_half, m_picture.Width(), Slot(y).data());
+    }
+
+    Row& Slot(int y) { return m_filtered[static_cast<std::size_t>(y) % m_filtered.size()]; }
+    const float* Filtered(int y) { return Slot(std::clamp(y, 0, m_picture.Height() - 1)).data(); }
+
+    const LevelRows& m_picture;
+    std::vector<float> m_half;
+    int m_radius;
+    int m_next = 0;
+    Row m_padded;
+    std::vector<TapPair> m_taps;
+    std::vector<Row> m_filtered;
+};
+
+/// Gradients of one row, with a pixel without gradient at either end.
+struct GradientRow {
+    Row dx, dy, magnitude;
+    explicit GradientRow(int width)
+        : dx(static_cast<std::size_t>(width + 2)), dy(dx.size()), magnitude(dx.size()) {}
+
+    void Compute(const Row& above, const Row& level, const Row& below, float scale) {
+        const std::size_t n = dx.size() - 2;
+        for (std::size_t i = 1; i <= n; ++i) {
+            const float x = level[i + 1] - level[i - 1];
+            const float y = below[i] - above[i];
+            dx[i] = x;
+            dy[i] = y;
+            magnitude[i] = std::sqrt(x * x + y * y) * scale;
+        }
+    }
+    void Clear() { std::fill(magnitude.begin(), magnitude.end(), 0.0F); }
+};
+
+/// Whether no neighbour along the gradient is greater.
+bool IsGreatest(const GradientRow& above, const GradientRow& level, const GradientRow& below, std::size_t i) {
+    const float x = level.dx[i];
+    const float y = level.dy[i];
+    const float ax = std::fabs(x);
+    const float ay = std::fabs(y);
+    const bool isFalling = (x > 0) == (y > 0);  // the gradient's line runs down to the right
+    if (ax >= ay) {
+        const float forth =
+            (isFalling ? below : above).magnitude[i + 1] * ay + level.magnitude[i + 1] * (ax - ay);
+        const float back =
+            (isFalling ? above : below).magnitude[i - 1] * ay + level.magnitude[i - 1] * (ax - ay);
+        const float here = level.magnitude[i] * ax;
+        return here > forth && here >= back;
+    }
+    const std::size_t lower = isFalling ? i + 1 : i - 1;
+    const std::size_t upper = isFalling ? i - 1 : i + 1;
+    const float forth = below.magnitude[lower] * ax + below.magnitude[i] * (ay - ax);
+    const float back = above.magnitude[upper] * ax + above.magnitude[i] * (ay - ax);
+    const float here = level.magnitude[i] * ay;
+    return here > forth && here >= back;
+}
+
+}  // namespace
+
+EdgeMap FindCannyEdges(const LevelRows& picture, double sigma, MagnitudeHistogram* histogram) {
+    const int width = picture.Width();
+    const int height = picture.Height();
+    EdgeMap map(width, height);
+    SmoothedRows source(picture, sigma);
+    const float scale = 0.5F / source.StepMagnitude();
+    constexpr int kept = 3;
+    std::vector<Row> smoothed(kept, Row(static_cast<std::size_t>(width + 2)));
+    std::vector<GradientRow> gradients(kept, GradientRow(width));
+    const auto slot = [](int y) { return static_cast<std::size_t>((y + kept) % kept); };
+
+    source.Read(0, smoothed[slot(0)]);
+    smoothed[slot(-1)] = smoothed[slot(0)];
+    // Gradients run a row ahead of the comparison, smoothed rows another one.
+    for (int y = 0; y <= height; ++y) {
+        GradientRow& ahead = gradients[slot(y)];
+        if (y < height) {
+            if (y + 1 < height) {
+                source.Read(y + 1, smoothed[slot(y + 1)]);
+            } else {
+                smoothed[slot(y + 1)] = smoothed[slot(y)];
+            }
+            ahead.Compute(smoothed[slot(y - 1)], smoothed[slot(y)], smoothed[slot(y + 1)], scale);
+            if (histogram != nullptr)
+                histogram->Add({ahead.magnitude.data() + 1, static_cast<std::size_t>(width)});
+        } else {
+            ahead.Clear();
+        }
+        if (y == 0) continue;
+        const GradientRow& level = gradients[slot(y - 1)];
+        std::uint16_t* const out = map.Row(y - 1);
+        constexpr float least = 1.0F / static_cast<float>(kStrengthUnits);
+        for (int x = 0; x < width; ++x) {
+            const auto i = static_cast<std::size_t>(x) + 1;
+            if (level.magnitude[i] >= least && IsGreatest(gradients[slot(y - 2)], level, ahead, i))
+                out[x] = ToStrength(level.magnitude[i]);
+        }
+    }
+    return map;
+}
+
+}  // namespace tarvex

@@ -1,0 +1,140 @@
+// CEdgeDetect: pictures as rows of levels, and the result as a bitmap.
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "platform/handles.h"
+#include "raster/dib.h"
+#include "raster/edges/edge_map.h"
+#include "tarvex/raster.h"
+#include "tarvex/skeleton.h"
+
+namespace tarvex {
+namespace {
+
+constexpr float kMiddleLevel = 127.5F;
+constexpr double kMostStep = 511;
+
+class GreyRows : public LevelRows {
+  public:
+    explicit GreyRows(const GreyView& picture) : m_picture(picture) {}
+    int Width() const override { return m_picture.width; }
+    int Height() const override { return m_picture.height; }
+    void Read(int y, float* levels) const override {
+        const std::uint8_t* const row = m_picture.levels + static_cast<std::ptrdiff_t>(y) * m_picture.stride;
+        for (int x = 0; x < m_picture.width; ++x) levels[x] = static_cast<float>(row[x]) - kMiddleLevel;
+    }
+
+  private:
+    GreyView m_picture;
+};
+
+/// Rows of a bitmap of 32 bits, or of 1.
+class BitmapRows : public LevelRows {
+  public:
+    explicit BitmapRows(const BITMAP& bitmap) : m_bitmap(bitmap) {}
+    int Width() const override { return m_bitmap.bmWidth; }
+    int Height() const override { return m_bitmap.bmHeight; }
+    void Read(int y, float* levels) const override {
+        if (m_bitmap.bmBitsPixel == 1) {
+            for (int x = 0; x < Width(); ++x)
+                levels[x] = CImgProc::GetPixel(m_bitmap, x, y) ? kMiddleLevel : -kMiddleLevel;
+            return;
+        }
+        const auto stored = static_cast<std::size_t>(Height() - 1 - y);
+        const auto* pixel = static_cast<const std::uint8_t*>(m_bitmap.bmBits) +
+                            stored * static_cast<std::size_t>(Width()) * 4;
+        for (int x = 0; x < Width(); ++x, pixel += 4) {
+            // In whole thousandths about the middle, so that a negative has exactly
+            // the other sign.
+            const int thousandths = 114 * pixel[0] + 587 * pixel[1] + 299 * pixel[2] - 127'500;
+            levels[x] = static_cast<float>(thousandths) / 1000;
+        }
+    }
+
+  private:
+    BITMAP m_bitmap;
+};
+
+double CleanStep(double step) { return step > 0 ? std::min(step, kMostStep) : 0; }
+
+EdgeThresholds Cleaned(const EdgeThresholds& thresholds) {
+    const double high = CleanStep(thresholds.high);
+    return {std::min(CleanStep(thresholds.low), high), high};
+}
+
+}  // namespace
+
+struct CEdgeDetect::Result {
+    UniqueBitmap bitmap;
+    EdgeThresholds thresholds;
+
+    static std::unique_ptr<Result> Of(const LevelRows& picture, const EdgeOptions& options) {
+        auto result = std::make_unique<Result>();
+        result->bitmap.Reset(CImgProc::CreateBitmapBW(picture.Width(), picture.Height()));
+        BITMAP description{};
+        if (GetObject(result->bitmap.Get(), sizeof description, &description) == 0) return nullptr;
+        const double sigma = options.sigma >= LEAST_SIGMA ? std::min(options.sigma, MOST_SIGMA) : LEAST_SIGMA;
+        MagnitudeHistogram histogram;
+        MagnitudeHistogram* const counted = options.thresholds ? nullptr : &histogram;
+        const auto find = options.method == EdgeMethod::ShenCastan ? FindShenCastanEdges : FindCannyEdges;
+        const EdgeMap map = find(picture, sigma, counted);
+        result->thresholds = options.thresholds ? Cleaned(*options.thresholds) : histogram.Thresholds();
+        DrawEdges(map, result->thresholds,
+                  BitRaster(static_cast<std::uint8_t*>(description.bmBits), description.bmWidth,
+                            description.bmHeight));
+        return result;
+    }
+};
+
+CEdgeDetect::CEdgeDetect() = default;
+CEdgeDetect::CEdgeDetect(CEdgeDetect&& other) noexcept = default;
+CEdgeDetect& CEdgeDetect::operator=(CEdgeDetect&& other) noexcept = default;
+CEdgeDetect::~CEdgeDetect() = default;
+
+bool CEdgeDetect::Detect(HBITMAP bitmap, const EdgeOptions& options) {
+    m_result = nullptr;
+    BITMAP description{};
+    if (GetObject(bitmap, sizeof description, &description) == 0) return false;
+    if (description.bmBitsPixel != 1 && description.bmBitsPixel != 32) return false;
+    if (description.bmBits == nullptr || description.bmWidth <= 0 || description.bmHeight <= 0) return false;
+    GdiFlush();
+    try {
+        m_result = Result::Of(BitmapRows(description), options);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return m_result != nullptr;
+}
+
+bool CEdgeDetect::Detect(const GreyView& picture, const EdgeOptions& options) {
+    m_result = nullptr;
+    if (picture.levels == nullptr || picture.width <= 0 || picture.height <= 0) return false;
+    try {
+        m_result = Result::Of(GreyRows(picture), options);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return m_result != nullptr;
+}
+
+HBITMAP CEdgeDetect::Bitmap() const { return m_result == nullptr ? nullptr : m_result->bitmap.Get(); }
+
+EdgeThresholds CEdgeDetect::Thresholds() const {
+    return m_result == nullptr ? EdgeThresholds() : m_result->thresholds;
+}
+
+bool CEdgeDetect::Output(CPolyPolyBezier& out) const {
+    out.RemoveAll();
+    if (m_result == nullptr) return false;
+    try {
+        CSkeleton lines;
+        return lines.InputMono(Bitmap()) && lines.Output(out);
+    } catch (const std::bad_alloc&) {
+        out.RemoveAll();
+        return false;
+    }
+}
+
+}  // namespace tarvex
