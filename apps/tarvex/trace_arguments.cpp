@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "tarvex/argument_values.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/trace_command.h"
@@ -50,12 +51,12 @@ Format FormatOf(const TraceArguments& arguments) {
 }
 
 TraceMode ModeOf(const TraceArguments& arguments) {
-    static const std::map<std::string, TraceMode> modes = {{"outline", TraceMode::Outline},
-                                                           {"centerline", TraceMode::Centerline}};
+    static const std::map<std::string, TraceMode> modes = {
+        {"outline", TraceMode::Outline}, {"centerline", TraceMode::Centerline}, {"edges", TraceMode::Edges}};
     const auto found = modes.find(arguments.mode);
     if (found != modes.end()) return found->second;
-    throw CLI::ValidationError("--mode",
-                               "'" + arguments.mode + "' is not a mode; there are outline and centerline");
+    throw CLI::ValidationError(
+        "--mode", "'" + arguments.mode + "' is not a mode; there are outline, centerline and edges");
 }
 
 /// Options that the mode would not look at are refused, not ignored.
@@ -63,13 +64,50 @@ void CheckOptionsOfMode(const TraceOptions& options) {
     const auto refuse = [](bool isGiven, const char* name, const char* mode) {
         if (isGiven) throw CLI::ValidationError(name, std::string("is for --mode ") + mode);
     };
-    if (options.mode == TraceMode::Outline) {
+    if (options.mode != TraceMode::Centerline) {
         refuse(options.speckPixels.has_value(), "--speck", "centerline");
         refuse(options.minBranch.has_value(), "--min-branch", "centerline");
-    } else {
+    }
+    if (options.mode != TraceMode::Outline) {
         refuse(options.minPoints.has_value(), "--min-points", "outline");
         refuse(options.detail.has_value(), "--detail", "outline");
     }
+    if (options.mode == TraceMode::Edges) {
+        refuse(options.threshold.has_value(), "--threshold", "outline or centerline");
+        refuse(options.invert, "--invert", "outline or centerline");
+    } else {
+        refuse(options.detector != EdgeMethod::Canny, "--detector", "edges");
+        refuse(options.sigma.has_value(), "--sigma", "edges");
+        refuse(options.steps.has_value(), "--steps", "edges");
+    }
+}
+
+/// Adds the options of `--mode edges`.
+void AddEdgeOptions(CLI::App& trace, const std::shared_ptr<TraceArguments>& arguments) {
+    const auto add = [&](const std::string& name, const std::string& type, const std::string& description,
+                         const std::function<void(const std::string&)>& parse) {
+        trace.add_option_function<std::string>(name, parse, description)->type_name(type);
+    };
+    add("--detector", "canny|shen-castan", "edges: smooth lines (default canny), or more of fine detail",
+        [arguments](const std::string& text) {
+            if (text != "canny" && text != "shen-castan") Refuse("--detector", text, "canny or shen-castan");
+            arguments->options.detector = text == "canny" ? EdgeMethod::Canny : EdgeMethod::ShenCastan;
+        });
+    add("--sigma", "PX", "edges: how far to smooth the picture first (default 1.4)",
+        [arguments](const std::string& text) {
+            const double sigma = Numbers("--sigma", text, 1, 1, "a number").front();
+            if (sigma < CEdgeDetect::LEAST_SIGMA || sigma > CEdgeDetect::MOST_SIGMA)
+                Refuse("--sigma", text, "a number from 0.3 to 100");
+            arguments->options.sigma = sigma;
+        });
+    add("--steps", "LOW,HIGH",
+        "edges: steps of grey that go on with an edge and that make one (default: found from the noise)",
+        [arguments](const std::string& text) {
+            const std::string wanted = "two levels LOW,HIGH from 0 to 255";
+            const auto steps = Numbers("--steps", text, 2, 2, wanted);
+            if (steps[0] < 0 || steps[0] > steps[1] || steps[1] > 255) Refuse("--steps", text, wanted);
+            arguments->options.steps = EdgeThresholds{steps[0], steps[1]};
+        });
 }
 
 void Complete(TraceArguments& arguments) {
@@ -81,7 +119,8 @@ void Complete(TraceArguments& arguments) {
 }  // namespace
 
 void AddTraceCommand(CLI::App& program, Action& action) {
-    CLI::App* trace = program.add_subcommand("trace", "Trace a picture to Bezier outlines or centre lines");
+    CLI::App* trace =
+        program.add_subcommand("trace", "Trace a picture to Bezier outlines, centre lines or edges");
     const auto arguments = std::make_shared<TraceArguments>();
     TraceOptions& options = arguments->options;
     trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
@@ -96,7 +135,7 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->add_option(
             "--mode", arguments->mode,
             "What to trace: outline, the outlines of shapes; centerline, the strokes of a line drawing, "
-            "each along its middle and with its width")
+            "each along its middle and with its width; edges, the lines where light meets dark")
         ->type_name("MODE")
         ->capture_default_str();
     AddAutoOrInteger(*trace, "--threshold", options.threshold, 0, 255,
@@ -121,6 +160,7 @@ void AddTraceCommand(CLI::App& program, Action& action) {
             "centerline: leave out branches that stick out of a stroke by less than N pixels (default 2)")
         ->check(CLI::Range(0.0, 1e6))
         ->type_name("N");
+    AddEdgeOptions(*trace, arguments);
     trace->add_option("--format", arguments->format, "svg or json, whatever OUT's ending")
         ->type_name("FORMAT");
     trace->add_option("--precision", options.precision, "Decimals of coordinates")

@@ -6,6 +6,7 @@
 
 #include "tarvex/centerline_trace.h"
 #include "tarvex/contours.h"
+#include "tarvex/edge_trace.h"
 #include "tarvex/grey.h"
 #include "tarvex/input.h"
 #include "tarvex/json_writer.h"
@@ -84,6 +85,7 @@ std::string Write(const TraceOptions& options, const GreyView& picture, const CP
 
 int RunTrace(const TraceOptions& options) {
     if (options.mode == TraceMode::Centerline) return RunCenterlineTrace(options);
+    if (options.mode == TraceMode::Edges) return RunEdgeTrace(options);
     CheckOutput(options.output, options.input);
     Picture picture = ReadPicture(options.input, {options.maxPixels});
     const int detail = SettleDetail(options, picture);

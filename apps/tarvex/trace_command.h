@@ -1,14 +1,16 @@
-// `tarvex trace`: a picture to Bezier outlines or centre lines.
+// `tarvex trace`: a picture to Bezier outlines, centre lines or edges.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "tarvex/edges.h"
+
 namespace tarvex::app {
 
 enum class Format { Svg, Json };
-enum class TraceMode { Outline, Centerline };
+enum class TraceMode { Outline, Centerline, Edges };
 
 struct TraceOptions {
     TraceMode mode = TraceMode::Outline;
@@ -20,6 +22,9 @@ struct TraceOptions {
     std::optional<int> detail;     ///< enlarge the picture this many times first; by its size when not given
     std::optional<int> speckPixels;   ///< centre lines: specks of this many pixels or fewer are left out
     std::optional<double> minBranch;  ///< centre lines: branches sticking out by less are left out
+    EdgeMethod detector = EdgeMethod::Canny;
+    std::optional<double> sigma;          ///< edges: how far to smooth, in pixels
+    std::optional<EdgeThresholds> steps;  ///< edges: found from the picture when not given
     Format format = Format::Svg;
     int precision = 2;
     std::uint64_t maxPixels = 100'000'000;

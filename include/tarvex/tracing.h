@@ -3,6 +3,7 @@
 
 #include "tarvex/autotrace.h"
 #include "tarvex/contours.h"
+#include "tarvex/edges.h"
 #include "tarvex/imagetrace.h"
 #include "tarvex/raster.h"
 #include "tarvex/shapetrace.h"
