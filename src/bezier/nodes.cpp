@@ -63,7 +63,7 @@ void FixBezierCP(CArray<BPOINT, BPOINT>& contour) {
     if (contour.GetSize() < 2) return;
     const BPOINT& first = contour[0];
     BPOINT& last = contour[contour.GetUpperBound()];
-    if (first.pt == last.pt && !SameBits(first.pt, last.pt)) {
+    if (first.pt == last.pt && (first.pt.x != last.pt.x || first.pt.y != last.pt.y)) {
         const DPOINT shift = Minus(first.pt, last.pt);
         last.cp1 = Plus(last.cp1, shift);
         last.cp2 = Plus(last.cp2, shift);

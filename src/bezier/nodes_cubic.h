@@ -17,8 +17,6 @@ inline DPOINT Mix(DPOINT a, DPOINT b, double t) { return {a.x + (b.x - a.x) * t,
 
 inline bool IsFinite(DPOINT p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
-inline bool SameBits(DPOINT a, DPOINT b) { return a.x == b.x && a.y == b.y; }
-
 inline Cubic Reversed(const Cubic& c) { return {c.p3, c.p2, c.p1, c.p0}; }
 
 inline Cubic SegmentOf(const BPOINT& a, const BPOINT& b) { return {a.pt, a.cp2, b.cp1, b.pt}; }
