@@ -126,6 +126,7 @@ int RunProgram(int argc, const char* const* argv) {
     AddTextCommand(program, action);
     AddRegionCommand(program, action);
     AddBreakUpCommand(program, action);
+    AddShapeCommand(program, action);
     AddInfoCommand(program, action);
     try {
         program.parse(argc, argv);

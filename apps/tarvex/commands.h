@@ -30,6 +30,8 @@ void AddTextCommand(CLI::App& program, Action& action);
 void AddRegionCommand(CLI::App& program, Action& action);
 /// `tarvex breakup`.
 void AddBreakUpCommand(CLI::App& program, Action& action);
+/// `tarvex shape`.
+void AddShapeCommand(CLI::App& program, Action& action);
 /// `tarvex info`.
 void AddInfoCommand(CLI::App& program, Action& action);
 

@@ -208,7 +208,7 @@ class Reader {
         if (const auto transform = ParseTransform(attribute.value())) {
             state.toRoot = state.toRoot * *transform;
         } else {
-            ++m_damaged["transform"];
+            Damaged("transform", node);
         }
     }
 
@@ -243,7 +243,7 @@ class Reader {
         if (kind == "style") m_document.hasStyleSheet = true;
         if (noOutlines.count(kind) > 0) {
             m_document.leftOut.push_back(node);
-            ++m_leftOut[std::string(kind)];
+            ++m_leftOut[std::string(kind)].count;
             return;
         }
         const bool isContainer = containers.count(kind) > 0;
@@ -300,7 +300,7 @@ class Reader {
 
     std::vector<Contour> PathOutline(const pugi::xml_node& node) {
         PathContours path = ParsePathData(node.attribute("d").value());
-        if (!path.isSound) ++m_damaged["path data"];
+        if (!path.isSound) Damaged("path data", node);
         return std::move(path.contours);
     }
 
@@ -323,7 +323,7 @@ class Reader {
             scanner.SkipSeparator();
             const auto y = x ? scanner.Number() : std::nullopt;
             if (!y) {
-                ++m_damaged["point list"];
+                Damaged("point list", node);
                 break;
             }
             points.push_back({*x, *y});
@@ -336,7 +336,7 @@ class Reader {
         const pugi::xml_attribute attribute = node.attribute(name);
         if (!attribute || std::string_view(attribute.value()) == "auto") return std::nullopt;
         const auto length = ParseLength(attribute.value(), whole);
-        if (!length) ++m_damaged["length"];
+        if (!length) Damaged("length", node);
         return length;
     }
 
@@ -350,11 +350,25 @@ class Reader {
 
     // Remarks
 
-    static std::string Counted(const std::map<std::string, int>& counts) {
+    struct Noted {
+        int count = 0;
+        std::string first;  ///< the element's name, for damage
+    };
+
+    void Damaged(const char* what, const pugi::xml_node& node) {
+        Noted& noted = m_damaged[what];
+        if (++noted.count > 1) return;
+        const std::string id = node.attribute("id").value();
+        noted.first = std::string(node.name()) +
+                      (id.empty() ? " at byte " + std::to_string(node.offset_debug()) : " \"" + id + '"');
+    }
+
+    static std::string Counted(const std::map<std::string, Noted>& notes) {
         std::string text;
-        for (const auto& [what, count] : counts) {
+        for (const auto& [what, noted] : notes) {
             if (!text.empty()) text += ", ";
-            text += std::to_string(count) + ' ' + what;
+            text += std::to_string(noted.count) + ' ' + what;
+            if (!noted.first.empty()) text += (noted.count > 1 ? " (first in " : " (in ") + noted.first + ')';
         }
         return text;
     }
@@ -369,8 +383,8 @@ class Reader {
 
     SvgDocument m_document;
     std::string_view m_prefix;
-    std::map<std::string, int> m_leftOut;
-    std::map<std::string, int> m_damaged;
+    std::map<std::string, Noted> m_leftOut;
+    std::map<std::string, Noted> m_damaged;
 };
 
 }  // namespace

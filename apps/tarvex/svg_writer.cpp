@@ -260,7 +260,8 @@ std::string WriteSvg(const SvgOptions& options, std::span<const SvgShape> shapes
     const std::string width = Size(options.width, options.precision);
     const std::string height = Size(options.height, options.precision);
     std::string out = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" + height +
-                      "\" viewBox=\"0 0 " + width + ' ' + height + "\">\n";
+                      "\" viewBox=\"" + Size(options.left, options.precision) + ' ' +
+                      Size(options.top, options.precision) + ' ' + width + ' ' + height + "\">\n";
     for (const SvgShape& shape : shapes) WriteShape(out, shape, options.precision);
     out += "</svg>\n";
     return out;

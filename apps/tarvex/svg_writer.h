@@ -28,9 +28,11 @@ struct SvgShape {
 };
 
 struct SvgOptions {
-    double width = 0;  ///< of the drawing, in pixels; also its view box, which starts at 0, 0
+    double width = 0;  ///< of the drawing, in pixels; also its view box
     double height = 0;
     int precision = 2;  ///< decimals, 0..MAX_PRECISION
+    double left = 0;    ///< of the view box
+    double top = 0;
 };
 
 /// A whole SVG document. Every coordinate is within half a unit of the last decimal of the one given,
