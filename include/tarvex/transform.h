@@ -2,9 +2,6 @@
 #pragma once
 
 #include "tarvex/envelope.h"
-<<<<<<< HEAD
-#include "tarvex/random.h"
-=======
 #include "tarvex/glyphs.h"
->>>>>>> 9e106fd (Turn characters of fonts into Bezier contours, and set text)
+#include "tarvex/random.h"
 #include "tarvex/scaledraw.h"
