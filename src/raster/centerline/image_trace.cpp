@@ -109,7 +109,7 @@ bool CImageTrace::DoTrace(const CentreLineOptions& options, CPolyPolyBezier& str
     centerline::RemoveSpecks(mask, options.speckPixels);
     if (!goOn(0.1)) return false;
 
-    DistanceMap distances(picture.width, picture.height);
+    DistanceMap distances(mask);
     BitPlane lines = mask;
     skeleton::Thin(lines, distances);
     if (!goOn(0.7)) return false;

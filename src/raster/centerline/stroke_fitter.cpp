@@ -80,10 +80,12 @@ FittedStroke FitDot(const Stroke& stroke) {
 
 /// Bends and noise of a stroke's middle grow with its width.
 Tuning StrokeFitter::TuningFor(double radius) const {
-    const int unit = std::clamp(static_cast<int>(0.8 * radius), 1, 16);
+    const int unit = std::clamp(static_cast<int>(1.3 * radius), 1, 16);
     const double loose = LeastTolerance();
-    const ArmTest test{0.75 * loose, 1.3 * loose * std::max(1.0, radius / 4)};
-    return {test, test, 1.1 * loose, loose, 1.2 * loose, 6, unit};
+    const double bend = std::max(1.0, radius / 4);
+    const ArmTest clean{0.75 * loose, 1.3 * loose * bend};
+    const ArmTest rough{1.2 * loose, 3 * loose * bend};
+    return {clean, rough, 1.1 * loose, loose, 1.2 * loose, 6, unit};
 }
 
 FittedStroke StrokeFitter::Fit(const Stroke& stroke) {

@@ -30,12 +30,14 @@ using skeleton::LineGraph;
 using skeleton::Node;
 
 constexpr double kBridge = 4;         // times the sum of the radii, as above
-constexpr double kCutFactor = 1.2;    // of a junction's disc: its pull reaches a little beyond
+constexpr double kCutFactor = 1.4;    // of a junction's disc: its pull reaches a little beyond
 constexpr double kMiter = 2.5;        // times the half width: what a corner's tip may stick out by
+constexpr double kLeastPart = 0.8;    // of the half width, for a branch to stick out by
 constexpr double kTaper = 0.25;       // by how much of its length a corner's tip tapers at least
 constexpr std::size_t kMostArms = 8;  // of a group of junctions taken together
 constexpr double kMostTurn = 0.6;     // radians at either end of a join
 constexpr double kCrossTurn = 0.35;   // the same over a bridge
+constexpr double kLeastAcross = 0.2;  // sine of the angle of a corner whose sides meet surely
 constexpr double kDotLength = 0.7;    // times the radius: shorter lines are dots
 
 struct Arm {
@@ -52,7 +54,7 @@ struct LineEnd {
     Arm arm;
     int partner = -1;            // the line that it continues in
     bool partnerAtEnd = false;   // and by which end
-    std::optional<DPOINT> goal;  // where it meets another stroke
+    std::optional<DPOINT> goal;  // where it goes straight to: another stroke, or a corner
 };
 
 double AngleBetween(DPOINT a, DPOINT b) { return std::atan2(std::fabs(a.x * b.y - a.y * b.x), Dot(a, b)); }
@@ -142,11 +144,11 @@ class StrokeFinder {
             const int from = degrees[static_cast<std::size_t>(line.from)];
             const int to = degrees[static_cast<std::size_t>(line.to)];
             if ((from == 1) == (to == 1)) continue;
-            const double tip = from == 1 ? line.radii.front() : line.radii.back();
+            const double tip = NodeAt(from == 1 ? line.from : line.to).radius;
             const double body = NodeAt(from == 1 ? line.to : line.from).radius;
             const double out = LengthOf(i) + tip - body;
             const bool isMiter = body - tip > kTaper * LengthOf(i) && out < kMiter * body;
-            if (out < m_rules.leastBranch || isMiter) Drop(i);
+            if (out < std::max(m_rules.leastBranch, kLeastPart * body) || isMiter) Drop(i);
         }
     }
 
@@ -178,11 +180,27 @@ class StrokeFinder {
     void MendAlone(int node) {
         std::vector<Arm> arms = ArmsAt(node);
         for (Arm& arm : arms) Cut(arm, NodeAt(node).radius);
-        const bool isCorner = arms.size() == 2 && TurnBetween(arms[0], arms[1]) > kMostTurn;
-        if (isCorner) {
-            for (Arm& arm : arms) KeepWhole(arm);
+        if (arms.size() == 2 && TurnBetween(arms[0], arms[1]) > kMostTurn) {
+            MendCorner(arms, node);
+            return;
         }
         Settle(arms, PairUp(arms, kMostTurn));
+    }
+
+    /// Two arms left over where a corner's tip was dropped go straight on to where they meet.
+    void MendCorner(const std::vector<Arm>& arms, int node) {
+        const Arm& a = arms[0];
+        const Arm& b = arms[1];
+        DPOINT corner = NodeAt(node).at;
+        const double across = a.towards.x * b.towards.y - a.towards.y * b.towards.x;
+        if (std::fabs(across) > kLeastAcross) {
+            const DPOINT over = Minus(b.at, a.at);
+            const double along = (over.x * b.towards.y - over.y * b.towards.x) / across;
+            const DPOINT meeting = Plus(a.at, Times(a.towards, along));
+            if (Distance(meeting, corner) < kMiter * NodeAt(node).radius) corner = meeting;
+        }
+        EndAt(a.line, a.atEnd) = {a, b.line, b.atEnd, corner};
+        EndAt(b.line, b.atEnd) = {b, a.line, a.atEnd, corner};
     }
 
     /// How long a line between two junctions is in terms of their discs; nothing for other lines.
@@ -267,19 +285,13 @@ class StrokeFinder {
         const double length = LengthOf(arm.line);
         const int other = arm.atEnd ? line.from : line.to;
         const bool isFree = m_arms[static_cast<std::size_t>(other)].size() < 2;
-        arm.cut = std::min(kCutFactor * disc + 1, (isFree ? 0.7 : 0.4) * length);
+        arm.cut = std::min(kCutFactor * disc + 1.5, (isFree ? 0.7 : 0.4) * length);
         arm.at = PointAt(arm, arm.cut);
         arm.radius = RadiusAt(arm, arm.cut);
         const double span = std::max({8.0, 4 * arm.radius, arm.cut});
         const DPOINT out = Minus(PointAt(arm, std::min(arm.cut + span, length)), arm.at);
         const double reach = Length(out);
         arm.towards = reach > 0 ? Times(out, 1 / reach) : DPOINT{1, 0};
-    }
-
-    void KeepWhole(Arm& arm) const {
-        arm.cut = 0;
-        arm.at = PointAt(arm, 0);
-        arm.radius = RadiusAt(arm, 0);
     }
 
     /// The index of the last point of the arm's line that is no farther along it, from the arm's end, than
@@ -408,7 +420,7 @@ class StrokeFinder {
             AppendLine(stroke, line, atEnd);
             const LineEnd& end = EndAt(line, !atEnd);
             if (end.partner < 0) break;
-            AppendJoin(stroke, end.arm, EndAt(end.partner, end.partnerAtEnd).arm);
+            if (!end.goal) AppendJoin(stroke, end.arm, EndAt(end.partner, end.partnerAtEnd).arm);
             line = end.partner;
             atEnd = end.partnerAtEnd;
             if (m_used[static_cast<std::size_t>(line)]) {
@@ -451,7 +463,16 @@ class StrokeFinder {
     }
 
     static void Append(Stroke& stroke, DPOINT p, double radius) {
-        if (!stroke.points.empty() && stroke.points.back() == p) return;
+        if (!stroke.points.empty()) {
+            const DPOINT from = stroke.points.back();
+            if (from == p) return;
+            const auto steps = static_cast<int>(std::min(1e4, Distance(from, p)));
+            for (int k = 1; k < steps; ++k) {
+                const double part = static_cast<double>(k) / steps;
+                stroke.points.push_back(Plus(from, Times(Minus(p, from), part)));
+                stroke.radii.push_back(radius);
+            }
+        }
         stroke.points.push_back(p);
         stroke.radii.push_back(radius);
     }

@@ -37,6 +37,9 @@ class BitPlane {
     /// Words of a row.
     int Words() const { return static_cast<int>(m_words) - 1; }
 
+    /// How many positions there are, those of the ground around included.
+    std::size_t PositionCount() const { return m_bits.size() * 64; }
+
     Position At(int x, int y) const {
         return static_cast<Position>(FirstWord(y) * 64 + static_cast<std::size_t>(x));
     }

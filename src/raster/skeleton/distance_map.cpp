@@ -206,17 +206,18 @@ class SlopeFilter {
 
   private:
     bool IsOnSlope(int x, int y) const {
-        const double distance = std::sqrt(static_cast<double>(m_distances.Square(x, y)));
+        const double distance = std::sqrt(static_cast<double>(m_distances.At(m_shape.At(x, y))));
         for (int dy = -2; dy <= 2; ++dy) {
             const int row = y + dy;
             if (row < 0 || row >= m_shape.Height()) continue;
             for (int dx = -2; dx <= 2; ++dx) {
                 const int column = x + dx;
-                if (column < 0 || column >= m_shape.Width() || !m_shape.Get(m_shape.At(column, row)))
-                    continue;
+                if (column < 0 || column >= m_shape.Width()) continue;
+                const Position q = m_shape.At(column, row);
+                if (!m_shape.Get(q)) continue;
                 const int apart = dx * dx + dy * dy;
                 const double steep = distance + kRise[apart];
-                if (m_distances.Square(column, row) >= steep * steep && apart > 0) return true;
+                if (m_distances.At(q) >= steep * steep && apart > 0) return true;
             }
         }
         return false;
@@ -246,7 +247,7 @@ void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middl
     };
     for (int y = 0; y < shape.Height(); ++y) {
         GroundBelow::StepRow(shape.Row(y), shape.Words(), above.data());
-        std::uint32_t* squares = distances.Row(y);
+        std::uint32_t* squares = distances.From(shape.At(0, y));
         ForEachRun(shape.Row(y), shape.Words(), [&](int first, int last) {
             envelope.Measure(first, last, above.data(), below.Row(y), squares, offsets.data());
             const Position row = shape.At(0, y);

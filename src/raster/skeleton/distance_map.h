@@ -8,26 +8,18 @@
 
 namespace tarvex::skeleton {
 
-/// The squared distances from the centres of a shape's pixels to the nearest centre of a ground pixel.
+/// The squared distances from the centres of a shape's pixels to the nearest centre of a ground pixel, laid
+/// out as the shape's plane. Pixels of the ground have none.
 class DistanceMap {
   public:
-    DistanceMap(int width, int height)
-        : m_width(width),
-          m_squares(std::make_unique_for_overwrite<std::uint32_t[]>(static_cast<std::size_t>(width) *
-                                                                    static_cast<std::size_t>(height))) {}
+    explicit DistanceMap(const BitPlane& shape)
+        : m_squares(std::make_unique_for_overwrite<std::uint32_t[]>(shape.PositionCount())) {}
 
-    /// Of a pixel of the shape only: others have none.
-    std::uint32_t Square(int x, int y) const { return m_squares[Index(x, y)]; }
-    std::uint32_t* Row(int y) { return m_squares.get() + Index(0, y); }
-    const std::uint32_t* Row(int y) const { return m_squares.get() + Index(0, y); }
+    std::uint32_t At(Position p) const { return m_squares[p]; }
+    std::uint32_t* From(Position p) { return m_squares.get() + p; }
 
   private:
-    std::size_t Index(int x, int y) const {
-        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) + static_cast<std::size_t>(x);
-    }
-
-    int m_width;
-    std::unique_ptr<std::uint32_t[]> m_squares;
+    std::unique_ptr<std::uint32_t[]> m_squares;  // pages of ground alone are never touched
 };
 
 /// Fills `distances` for the shape and sets in `middle`, empty and of the same size, the pixels on its medial

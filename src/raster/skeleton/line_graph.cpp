@@ -5,9 +5,15 @@
 // middle. Where junctions are so dense that such a group would swallow lines (in a checkerboard it would be
 // all), each pixel stays a node of its own.
 //
-// The middle of a stroke runs between pixels as often as on them. How far a pixel is off is told by the
-// distances to the ground half-way to either edge: each plus the way there is the width on its side. The
-// half of their difference is the shift, the half of their sum the half width.
+// The middle of a stroke runs between pixels as often as on them, and its distance to the ground is that to
+// the nearest pixel there, which on a slanted edge lies nearer than the edge does on average. So middle and
+// width are taken from the run of pixels that crosses the line at a pixel, in its row or column, whichever
+// the line is steeper to: the middle of the run, and its length times the cosine of the slant. Their means
+// along a line are the stroke's own (Cavalieri). In junctions, where runs are as long as other strokes, the
+// distance has to do.
+//
+// A free end is set back from the tip, where the line's direction leaves the shape, by the half width, so a
+// round end drawn there reaches as far as the stroke did, whether its end was round or not.
 #include "raster/skeleton/line_graph.h"
 
 #include <algorithm>
@@ -20,31 +26,31 @@
 namespace tarvex::skeleton {
 namespace {
 
-constexpr int kReach = 3;            // pixels on either side that tell a line's direction
-constexpr double kMostShift = 0.75;  // a skeleton's pixel is no farther from the middle
+constexpr int kReach = 5;            // pixels on either side that tell a line's direction
+constexpr double kMostShift = 1;     // a skeleton's pixel is no farther from its run's middle
+constexpr double kMostEndShift = 4;  // of free ends, in pixels
 constexpr int kWidestJunction = 5;   // pixels across a group of junction pixels that is one node
 
-/// The distances to the ground as a continuous surface, 0 on the ground.
-class DistanceField {
+/// What the shape is like around a pixel.
+class Surroundings {
   public:
-    DistanceField(const BitPlane& shape, const DistanceMap& distances)
+    Surroundings(const BitPlane& shape, const DistanceMap& distances)
         : m_shape(shape), m_distances(distances) {}
 
     double AtPixel(int x, int y) const {
-        if (x < 0 || y < 0 || x >= m_shape.Width() || y >= m_shape.Height()) return 0;
-        if (!m_shape.Get(m_shape.At(x, y))) return 0;
-        return std::sqrt(static_cast<double>(m_distances.Square(x, y)));
+        return IsShape(x, y) ? std::sqrt(static_cast<double>(m_distances.At(m_shape.At(x, y)))) : 0;
     }
 
-    double At(DPOINT p) const {
-        const double left = std::floor(p.x);
-        const double top = std::floor(p.y);
-        const auto x = static_cast<int>(left);
-        const auto y = static_cast<int>(top);
-        const double u = p.x - left;
-        const double v = p.y - top;
-        return (1 - v) * ((1 - u) * AtPixel(x, y) + u * AtPixel(x + 1, y)) +
-               v * ((1 - u) * AtPixel(x, y + 1) + u * AtPixel(x + 1, y + 1));
+    bool IsShape(int x, int y) const {
+        return x >= 0 && y >= 0 && x < m_shape.Width() && y < m_shape.Height() &&
+               m_shape.Get(m_shape.At(x, y));
+    }
+
+    /// How many pixels of the shape follow the pixel in a direction, at most `most`.
+    int RunFrom(int x, int y, int dx, int dy, int most) const {
+        int count = 0;
+        while (count < most && IsShape(x + (count + 1) * dx, y + (count + 1) * dy)) ++count;
+        return count;
     }
 
   private:
@@ -138,7 +144,17 @@ class GraphBuilder {
             const auto [x, y] = m_lines.Where(p);
             node.radius = std::max(node.radius, m_field.AtPixel(x, y) - 0.5);
         }
+        if (CountAt(group.front()) == 0) node.radius = DotRadius(group.front());
         m_graph.nodes.push_back(node);
+    }
+
+    /// A quarter of what the two runs through a lone pixel have together.
+    double DotRadius(Position p) const {
+        const auto [x, y] = m_lines.Where(p);
+        int pixels = 2;
+        for (const auto& [dx, dy] : {std::pair(1, 0), {-1, 0}, {0, 1}, {0, -1}})
+            pixels += m_field.RunFrom(x, y, dx, dy, INT32_MAX);
+        return pixels / 4.0;
     }
 
     void LeaveNode(Position p, int node) {
@@ -208,20 +224,54 @@ class GraphBuilder {
             line.points.back() = line.points.front();
             line.radii.back() = line.radii.front();
         } else {
-            SettleEnd(line.points.front(), from);
-            SettleEnd(line.points.back(), to);
+            SettleEnd(line, from);
+            std::reverse(line.points.begin(), line.points.end());
+            std::reverse(line.radii.begin(), line.radii.end());
+            SettleEnd(line, to);
+            std::reverse(line.points.begin(), line.points.end());
+            std::reverse(line.radii.begin(), line.radii.end());
         }
         m_graph.lines.push_back(std::move(line));
     }
 
-    /// Free ends stand where their line's centre is, junctions in their own place.
-    void SettleEnd(DPOINT& end, int node) {
-        Node& settled = m_graph.nodes[static_cast<std::size_t>(node)];
-        const auto x = static_cast<int>(settled.at.x);
-        const auto y = static_cast<int>(settled.at.y);
-        const bool isWhole = settled.at.x == x && settled.at.y == y;
-        if (isWhole && CountAt(m_lines.At(x, y)) == 1) settled.at = end;
-        end = settled.at;
+    /// Puts the first point of a line into its place: a junction's, or that of a free end.
+    void SettleEnd(Line& line, int index) {
+        Node& node = m_graph.nodes[static_cast<std::size_t>(index)];
+        const auto x = static_cast<int>(node.at.x);
+        const auto y = static_cast<int>(node.at.y);
+        const bool isWhole = node.at.x == x && node.at.y == y;
+        if (isWhole && CountAt(m_lines.At(x, y)) == 1) {
+            PlaceFreeEnd(line);
+            node.at = line.points.front();
+        }
+        line.points.front() = node.at;
+    }
+
+    void PlaceFreeEnd(Line& line) const {
+        const auto inner = static_cast<std::size_t>(std::max(6.0, 3 * line.radii.front()));
+        const std::size_t from = std::min(inner, line.points.size() - 1);
+        const DPOINT along = Minus(line.points.front(), line.points[from]);
+        const double length = Length(along);
+        if (length < 2) return;
+        const DPOINT outwards = Times(along, 1 / length);
+        const double radius = line.radii[from / 2];
+        const DPOINT end = line.points.front();
+        double tip = 0;
+        while (tip < radius + kMostEndShift && IsShapeAt(Plus(end, Times(outwards, tip)))) tip += 0.25;
+        const double shift =
+            std::clamp(tip - 0.125 - radius, -std::min(kMostEndShift, length / 2), kMostEndShift);
+        const DPOINT place = Plus(end, Times(outwards, shift));
+        std::size_t gone = 0;
+        while (gone < from && Dot(Minus(line.points[gone + 1], place), outwards) > 0) ++gone;
+        line.points.erase(line.points.begin(), line.points.begin() + static_cast<std::ptrdiff_t>(gone));
+        line.radii.erase(line.radii.begin(), line.radii.begin() + static_cast<std::ptrdiff_t>(gone));
+        line.points.front() = place;
+        line.radii.front() = radius;
+    }
+
+    bool IsShapeAt(DPOINT p) const {
+        return m_field.IsShape(static_cast<int>(std::floor(p.x + 0.5)),
+                               static_cast<int>(std::floor(p.y + 0.5)));
     }
 
     /// Appends point `i` of the pixels' places, moved to the middle.
@@ -229,20 +279,25 @@ class GraphBuilder {
         const DPOINT along = Minus(PlaceAt(line, places, static_cast<std::ptrdiff_t>(i) + kReach),
                                    PlaceAt(line, places, static_cast<std::ptrdiff_t>(i) - kReach));
         const DPOINT here = places[i];
-        const double distance = m_field.At(here);
+        const auto x = static_cast<int>(here.x);
+        const auto y = static_cast<int>(here.y);
+        const double distance = m_field.AtPixel(x, y);
+        const bool isSteep = std::fabs(along.y) > std::fabs(along.x);
+        const int dx = isSteep ? 1 : 0;
+        const int dy = 1 - dx;
+        const int most = static_cast<int>(std::min(1e6, 2 * distance)) + 1;
+        const int ahead = m_field.RunFrom(x, y, dx, dy, most);
+        const int behind = m_field.RunFrom(x, y, -dx, -dy, most);
         const double length = Length(along);
-        if (length == 0) {
+        const double shift = (ahead - behind) / 2.0;
+        if (length == 0 || ahead == most || behind == most || std::fabs(shift) > kMostShift) {
             line.points.push_back(here);
-            line.radii.push_back(distance - 0.5);
+            line.radii.push_back(std::max(0.5, distance - 0.25));
             return;
         }
-        const DPOINT across{-along.y / length, along.x / length};
-        const double aside = std::max(1.0, distance / 2);
-        const double ahead = m_field.At(Plus(here, Times(across, aside))) + aside;
-        const double behind = m_field.At(Minus(here, Times(across, aside))) + aside;
-        const double shift = std::clamp((ahead - behind) / 2, -kMostShift, kMostShift);
-        line.points.push_back(Plus(here, Times(across, shift)));
-        line.radii.push_back(std::max(0.5, (ahead + behind - 1) / 2));
+        line.points.push_back({here.x + dx * shift, here.y + dy * shift});
+        const double cosine = (isSteep ? std::fabs(along.y) : std::fabs(along.x)) / length;
+        line.radii.push_back(std::max(0.5, (ahead + behind + 1) * cosine / 2));
     }
 
     static DPOINT PlaceAt(const Line& line, const std::vector<DPOINT>& places, std::ptrdiff_t i) {
@@ -252,7 +307,7 @@ class GraphBuilder {
     }
 
     const BitPlane& m_lines;
-    DistanceField m_field;
+    Surroundings m_field;
     BitPlane m_walked;
     std::vector<std::pair<Position, int>> m_nodeOf;  // sorted by position
     LineGraph m_graph;

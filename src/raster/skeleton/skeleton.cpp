@@ -101,7 +101,7 @@ void Write(const BitPlane& plane, const BITMAP& bitmap) {
 
 BitPlane Thinned(const BitPlane& shape) {
     BitPlane plane = shape;
-    DistanceMap distances(shape.Width(), shape.Height());
+    DistanceMap distances(shape);
     skeleton::Thin(plane, distances);
     return plane;
 }
@@ -157,7 +157,7 @@ bool CSkeleton::Output(CPolyPolyBezier& out) {
     out.RemoveAll();
     if (!DoSkeleton()) return false;
     const BitPlane& shape = *m_mask->shape;
-    DistanceMap distances(shape.Width(), shape.Height());
+    DistanceMap distances(shape);
     BitPlane middle(shape.Width(), shape.Height());
     skeleton::MeasureShape(shape, distances, middle);
     centerline::StrokeRules rules;

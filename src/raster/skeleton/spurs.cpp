@@ -39,7 +39,7 @@ class SpurCutter {
     SpurCutter(BitPlane& plane, const BitPlane& middle, const DistanceMap& distances)
         : m_plane(plane), m_middle(middle), m_distances(distances), m_walked(plane.Width(), plane.Height()) {}
 
-    void Cut() {
+    std::vector<Position> Cut() {
         std::vector<Position> ends;
         m_plane.ForEachSet([&](Position p) {
             if (IsEnd(p)) ends.push_back(p);
@@ -48,13 +48,11 @@ class SpurCutter {
             CutSpursFrom(ends);
             ends = EndsOfChanged();
         }
+        return std::move(m_allChanged);
     }
 
   private:
-    std::uint32_t Square(Position p) const {
-        const auto [x, y] = m_plane.Where(p);
-        return m_distances.Square(x, y);
-    }
+    std::uint32_t Square(Position p) const { return m_distances.At(p); }
     double Radius(Position p) const { return std::sqrt(static_cast<double>(Square(p))); }
 
     bool IsEnd(Position p) const { return NeighbourCount(m_plane.Around(p)) == 1; }
@@ -189,6 +187,7 @@ class SpurCutter {
             if (count == 1) ends.push_back(p);
             ForEachNeighbour(m_plane, p, window, [&](Position q) { WalkToEnd(p, q, walked, ends); });
         }
+        m_allChanged.insert(m_allChanged.end(), m_changed.begin(), m_changed.end());
         m_changed.clear();
         for (const Position p : walked) m_walked.Clear(p);
         return ends;
@@ -215,13 +214,14 @@ class SpurCutter {
     std::vector<Position> m_path;
     std::vector<Position> m_spurs;
     std::vector<Position> m_doubtful;
-    std::vector<Position> m_changed;
+    std::vector<Position> m_changed;  // in this round
+    std::vector<Position> m_allChanged;
 };
 
 }  // namespace
 
-void CutSpurs(BitPlane& plane, const BitPlane& middle, const DistanceMap& distances) {
-    SpurCutter(plane, middle, distances).Cut();
+std::vector<Position> CutSpurs(BitPlane& plane, const BitPlane& middle, const DistanceMap& distances) {
+    return SpurCutter(plane, middle, distances).Cut();
 }
 
 }  // namespace tarvex::skeleton

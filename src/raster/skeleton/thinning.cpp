@@ -8,7 +8,8 @@
 //
 // Between the axis' pieces the thinning itself finds the way, along the ridge of the distances, since
 // everything lower is gone by then. What results is a pixel or two wide; a second, short thinning takes the
-// axis' own pixels too, except at ends. Then spurs are cut (spurs.h), and what was needed only for them goes.
+// axis' own pixels too, except at ends. Then spurs are cut (spurs.h), and the lines' pixels are moved to the
+// middle where they are not (centring.h).
 //
 // A pixel not simple at its turn may become so when a neighbour goes. It is marked as waiting then, and asked
 // again whenever a neighbour of it has gone. So every pixel is asked once and then once for each neighbour
@@ -22,6 +23,7 @@
 #include <cmath>
 #include <vector>
 
+#include "raster/skeleton/centring.h"
 #include "raster/skeleton/spurs.h"
 
 namespace tarvex::skeleton {
@@ -40,13 +42,12 @@ std::vector<Position> ByDistance(const BitPlane& plane, const DistanceMap& dista
                                  const BitPlane* except) {
     const auto forEach = [&](auto visit) {
         for (int y = 0; y < plane.Height(); ++y) {
-            const std::uint32_t* squares = distances.Row(y);
             for (int i = 0; i < plane.Words(); ++i) {
                 std::uint64_t word = plane.Row(y)[i];
                 if (except != nullptr) word &= ~except->Row(y)[i];
                 for (; word != 0; word &= word - 1) {
-                    const int x = i * 64 + std::countr_zero(word);
-                    visit(SortKey(squares[x]), plane.At(x, y));
+                    const Position p = plane.At(i * 64 + std::countr_zero(word), y);
+                    visit(SortKey(distances.At(p)), p);
                 }
             }
         }
@@ -121,6 +122,7 @@ bool IsEnd(Window window) {
 }  // namespace
 
 void Thin(BitPlane& plane, DistanceMap& distances) {
+    const BitPlane shape = plane;
     BitPlane middle(plane.Width(), plane.Height());
     MeasureShape(plane, distances, middle);
     Peeler(plane, IsSimple).Peel(ByDistance(plane, distances, &middle));
@@ -128,7 +130,7 @@ void Thin(BitPlane& plane, DistanceMap& distances) {
     Peeler(plane, [](Window window) { return IsSimple(window) && !IsEnd(window); }).Peel(lines);
     std::erase_if(lines, [&plane](Position p) { return !plane.Get(p); });
     Peeler(plane, IsNeedless).Peel(lines);
-    CutSpurs(plane, middle, distances);
+    CentreLines(plane, shape, distances, CutSpurs(plane, middle, distances));
 }
 
 }  // namespace tarvex::skeleton
