@@ -24,10 +24,11 @@ struct CentreLineOptions {
     std::optional<int> threshold;
     /// Which side of the threshold is drawn; found from the picture when not given (`FindShapeSide`).
     std::optional<ShapeSide> side;
-    /// Specks of this many pixels or fewer are left out, and pinholes in strokes filled. 0 keeps all.
+    /// Specks of this many pixels or fewer, up to 256, are left out and such pinholes filled. 0 keeps all.
     int speckPixels = 4;
-    /// A branch is left out unless it sticks out of the stroke that it leaves by this much. Those that
-    /// stick out by less than half of that stroke's half width are left out in any case (see CSkeleton).
+    /// A branch is left out unless it sticks out of the stroke that it leaves by this much, and by four
+    /// fifths of that stroke's half width. So is the tip of a corner. 0 leaves out none but what CSkeleton
+    /// does.
     double minBranch = 2;
     /// Whether strokes run on through junctions, where that is straight, and crossings are mended. Otherwise
     /// every line between ends and junctions is a stroke.

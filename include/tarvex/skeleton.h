@@ -23,10 +23,16 @@ namespace tarvex {
 ///   pieces of ground), each around its own.
 /// - It is one pixel wide: removing any pixel breaks a line, opens a hole or shortens a line at its end.
 /// - It lies on the shape's middle: on the pixels nearest to the points that are equally far from the shape's
-///   edges on either side. Lines end where the largest disc in the shape touches its end.
+///   edges on either side. Lines end about where the largest disc in the shape touches its end.
 /// - It has no spurs from ragged edges. A branch that leaves another line and stays shorter than the half
 ///   width of the shape there, or sticks out of that line's own body by less than half of it, is none.
 /// - Thinning it again changes nothing.
+/// - Turning or mirroring the picture moves lines by a pixel at most, and their ends by two or three.
+///
+/// Pixels are taken away in the order of their distance from the ground (C. Pudney, "Distance-ordered
+/// homotopic thinning", 1998); those of the medial axis, found by the angle between the directions to the
+/// nearest ground (W. Hesselink and J. Roerdink, "Euclidean skeletons of digital image and volume data in
+/// linear time by the integer medial axis transform", 2008), are held back.
 ///
 /// An object holds a bitmap of its own and belongs to one thread at a time.
 class TARVEX_API CSkeleton {
@@ -48,8 +54,8 @@ class TARVEX_API CSkeleton {
     /// it. False when there is no copy. Thinning what is thin already changes nothing.
     ///
     /// Time is proportional to the picture's pixels, whatever the width of its strokes; memory is at most
-    /// about 12 bytes for every pixel, most of it for the shape's own. Runs out of memory by std::bad_alloc,
-    /// with the copy as it was.
+    /// about 12 bytes for every pixel, most of it only for the shape's. Raises CMemoryException, or another
+    /// std::bad_alloc, with the copy as it was, when memory runs out or there are 2^32 pixels.
     bool DoSkeleton();
 
     /// The bitmap at hand: the copy, or once thinned its skeleton. 1 bit, bottom-up, black and white. It is
@@ -70,9 +76,10 @@ class TARVEX_API CSkeleton {
     ///
     /// A point of a line is a pixel's column and row, moved from there, by a pixel at most, to the middle
     /// between the shape's edges. Branches that meet in a junction have their ends in one and the same point,
-    /// bit for bit. A closed line without a junction ends with its first anchor and passes smoothly through
-    /// it. A component of a single pixel is a contour of two equal nodes. The curve stays within about half
-    /// a pixel of the middle.
+    /// bit for bit. A free end is set back from the shape's tip by half the width. A closed line ends with
+    /// its first anchor. A piece that is hardly longer than wide is a contour of two equal nodes. Curves
+    /// stay within about half a pixel of the middle; a corner stands where the straight pieces beside it
+    /// meet.
     bool Output(CPolyPolyBezier& out);
 
   private:

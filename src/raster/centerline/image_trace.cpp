@@ -56,8 +56,7 @@ BitPlane MaskOf(const GreyView& picture, const CentreLineOptions& options) {
         std::uint64_t* words = mask.Row(y);
         for (int x = 0; x < picture.width; ++x) {
             const bool isDark = levels[x] <= threshold;
-            const auto isShape = std::uint64_t{isDark == (side == ShapeSide::dark)};
-            words[x / 64] |= isShape << (x % 64);
+            if (isDark == (side == ShapeSide::dark)) words[x / 64] |= std::uint64_t{1} << (x % 64);
         }
     }
     return mask;
@@ -124,7 +123,10 @@ bool CImageTrace::DoTrace(const CentreLineOptions& options, CPolyPolyBezier& str
     ContourAppender widthAppender(static_cast<COwningList<CArray<double, double>>&>(widths));
     for (const centerline::Stroke& stroke : found)
         AddStroke(fitter.Fit(stroke), strokeAppender, widthAppender);
-    return goOn(1);
+    if (goOn(1)) return true;
+    strokes.RemoveAll();
+    widths.RemoveAll();
+    return false;
 }
 
 }  // namespace tarvex

@@ -81,7 +81,7 @@ FittedStroke FitDot(const Stroke& stroke) {
 /// Bends and noise of a stroke's middle grow with its width.
 Tuning StrokeFitter::TuningFor(double radius) const {
     const int unit = std::clamp(static_cast<int>(1.3 * radius), 1, 16);
-    const double loose = LeastTolerance();
+    const double loose = Tolerance();
     const double bend = std::max(1.0, radius / 4);
     const ArmTest clean{0.75 * loose, 1.3 * loose * bend};
     const ArmTest rough{1.2 * loose, 3 * loose * bend};
@@ -151,8 +151,7 @@ void StrokeFitter::PlaceCorners(bool isClosed, double radius) {
     m_straight.clear();
     for (std::size_t k = 0; k < pieces; ++k) {
         const std::size_t from = m_breaks[k];
-        m_straight.push_back(
-            StraightThrough(points.subspan(from, m_breaks[k + 1] - from + 1), LeastTolerance()));
+        m_straight.push_back(StraightThrough(points.subspan(from, m_breaks[k + 1] - from + 1), Tolerance()));
     }
     m_places.clear();
     for (const std::size_t i : m_breaks) m_places.push_back(points[i]);
@@ -176,7 +175,7 @@ void StrokeFitter::FitPieces(const Tuning& tuning) {
         const DPOINT to = m_places[k + 1];
         const auto piece = points.subspan(m_breaks[k], m_breaks[k + 1] - m_breaks[k] + 1);
         const auto isOn = [&](const Line& line, DPOINT end) {
-            return std::fabs(OffsetFrom(line, end)) <= kFarthest * LeastTolerance();
+            return std::fabs(OffsetFrom(line, end)) <= kFarthest * Tolerance();
         };
         const std::optional<Line>& line = m_straight[k];
         if (piece.size() < 3 || (line && isOn(*line, from) && isOn(*line, to))) {

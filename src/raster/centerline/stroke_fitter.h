@@ -1,6 +1,7 @@
 // Fitting few Bezier segments to a stroke's middle, with corners and straight pieces.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -29,7 +30,8 @@ class StrokeFitter {
     FittedStroke Fit(const Stroke& stroke);
 
   private:
-    double LeastTolerance() const { return m_tolerance > 0.1 ? m_tolerance : 0.1; }
+    /// Whatever is asked for, between a tenth of a pixel and more than any picture is wide.
+    double Tolerance() const { return m_tolerance > 0.1 ? std::min(m_tolerance, 1e9) : 0.1; }
     contours::Tuning TuningFor(double radius) const;
     void FindCorners(const Stroke& stroke, const contours::Tuning& tuning);
     void PlaceCorners(bool isClosed, double radius);

@@ -74,7 +74,7 @@ class GroundBelow {
         for (int y = shape.Height() - 1; y >= 0; --y) {
             std::uint16_t* out = m_steps.get() + static_cast<std::size_t>(y) * m_width;
             StepRow(shape.Row(y), shape.Words(), below.data());
-            for (int i = 0; i < shape.Words(); ++i) {
+            for (std::size_t i = 0; i < m_width / 64; ++i) {
                 if (shape.Row(y)[i] != 0) std::copy_n(below.data() + i * 64, 64, out + i * 64);
             }
         }
