@@ -17,7 +17,7 @@ inline constexpr std::uint8_t clipBit = 2;
 struct Piece {
     std::int32_t a = 0;
     std::int32_t b = 0;
-    std::int32_t edge = 0;  ///< the input edge that it lies on; of several, the first
+    std::int32_t edge = 0;    ///< the input edge that it lies on; of several, the first
     std::uint8_t parity = 0;  ///< the bits that change from one side to the other
     std::uint8_t left = 0;    ///< the bits that hold on the left side, looking from a to b
 };
