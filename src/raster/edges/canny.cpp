@@ -18,6 +18,7 @@
 #include <cmath>
 
 #include "raster/edges/edge_map.h"
+#include "raster/edges/float_lanes.h"
 
 namespace tarvex {
 namespace {
@@ -46,28 +47,18 @@ struct TapPair {
     const float* after;
 };
 
-constexpr int kBlock = 16;  ///< sums that stay in registers
-
-template <int Count>
-void SumBlock(const float* middle, std::span<const TapPair> taps, std::span<const float> weights, int x,
-              float* out) {
-    float sums[Count];
-    for (int i = 0; i < Count; ++i) sums[i] = weights[0] * middle[x + i];
-    for (std::size_t k = 0; k < taps.size(); ++k) {
-        const float w = weights[k + 1];
-        const float* const before = taps[k].before + x;
-        const float* const after = taps[k].after + x;
-        for (int i = 0; i < Count; ++i) sums[i] += w * (before[i] + after[i]);
-    }
-    for (int i = 0; i < Count; ++i) out[x + i] = sums[i];
-}
-
 /// The weighted sum of rows, pixel by pixel, in the same order at every pixel.
 void SumRows(const float* middle, std::span<const TapPair> taps, std::span<const float> weights, int width,
              float* out) {
-    int x = 0;
-    for (; x + kBlock <= width; x += kBlock) SumBlock<kBlock>(middle, taps, weights, x, out);
-    for (; x < width; ++x) SumBlock<1>(middle, taps, weights, x, out);
+    ForLanes(0, static_cast<std::size_t>(width), [&](auto lanes, std::size_t x) {
+        using Lanes = decltype(lanes);
+        Lanes sum = Lanes(weights[0]) * Lanes::Load(middle + x);
+        for (std::size_t k = 0; k < taps.size(); ++k) {
+            const Lanes pair = Lanes::Load(taps[k].before + x) + Lanes::Load(taps[k].after + x);
+            sum = sum + Lanes(weights[k + 1]) * pair;
+        }
+        sum.Store(out + x);
+    });
 }
 
 /// The picture's rows, smoothed, asked for from the top down; with a pixel more
@@ -129,14 +120,20 @@ struct GradientRow {
         : dx(static_cast<std::size_t>(width + 2)), dy(dx.size()), magnitude(dx.size()) {}
 
     void Compute(const Row& above, const Row& level, const Row& below, float scale) {
-        const std::size_t n = dx.size() - 2;
-        for (std::size_t i = 1; i <= n; ++i) {
-            const float x = level[i + 1] - level[i - 1];
-            const float y = below[i] - above[i];
-            dx[i] = x;
-            dy[i] = y;
-            magnitude[i] = std::sqrt(x * x + y * y) * scale;
-        }
+        const float* const up = above.data();
+        const float* const here = level.data();
+        const float* const down = below.data();
+        float* const toDx = dx.data();
+        float* const toDy = dy.data();
+        float* const toMagnitude = magnitude.data();
+        ForLanes(1, dx.size() - 1, [&](auto lanes, std::size_t i) {
+            using Lanes = decltype(lanes);
+            const Lanes x = Lanes::Load(here + i + 1) - Lanes::Load(here + i - 1);
+            const Lanes y = Lanes::Load(down + i) - Lanes::Load(up + i);
+            x.Store(toDx + i);
+            y.Store(toDy + i);
+            (SquareRoot(x * x + y * y) * Lanes(scale)).Store(toMagnitude + i);
+        });
     }
     void Clear() { std::fill(magnitude.begin(), magnitude.end(), 0.0F); }
 };
@@ -151,25 +148,29 @@ void Compare(const GradientRow& above, const GradientRow& level, const GradientR
     const float* const dx = level.dx.data();
     const float* const dy = level.dy.data();
     constexpr float most = 65535.0F / static_cast<float>(kStrengthUnits);
-    for (std::size_t i = 1; i <= width; ++i) {
-        const float ax = std::fabs(dx[i]);
-        const float ay = std::fabs(dy[i]);
-        const bool isFalling = dx[i] * dy[i] > 0;  // the gradient's line runs down to the right
-        const bool isFlat = ax >= ay;
-        const float major = isFlat ? ax : ay;
-        const float minor = isFlat ? ay : ax;
-        const float rising = isFlat ? up[i + 1] : down[i - 1];
-        const float risingBack = isFlat ? down[i - 1] : up[i + 1];
-        const float forth =
-            (isFalling ? down[i + 1] : rising) * minor + (isFlat ? here[i + 1] : down[i]) * (major - minor);
-        const float back =
-            (isFalling ? up[i - 1] : risingBack) * minor + (isFlat ? here[i - 1] : up[i]) * (major - minor);
-        const float own = here[i] * major;
-        const bool isGreatest = (own > forth) & (own >= back);
-        const float kept = isGreatest ? here[i] : 0.0F;
-        out[i - 1] = static_cast<std::uint16_t>(
-            static_cast<int>((kept < most ? kept : most) * static_cast<float>(kStrengthUnits)));
-    }
+    ForLanes(1, width + 1, [&](auto lanes, std::size_t i) {
+        using Lanes = decltype(lanes);
+        const Lanes x = Lanes::Load(dx + i);
+        const Lanes y = Lanes::Load(dy + i);
+        const Lanes own = Lanes::Load(here + i);
+        const auto isFalling = x * y > Lanes(0.0F);  // the gradient's line runs down to the right
+        const auto isFlat = Magnitude(x) >= Magnitude(y);
+        const Lanes major = Lanes::Choose(isFlat, Magnitude(x), Magnitude(y));
+        const Lanes minor = Lanes::Choose(isFlat, Magnitude(y), Magnitude(x));
+        const Lanes upRight = Lanes::Load(up + i + 1);
+        const Lanes downLeft = Lanes::Load(down + i - 1);
+        const Lanes aslant =
+            Lanes::Choose(isFalling, Lanes::Load(down + i + 1), Lanes::Choose(isFlat, upRight, downLeft));
+        const Lanes aslantBack =
+            Lanes::Choose(isFalling, Lanes::Load(up + i - 1), Lanes::Choose(isFlat, downLeft, upRight));
+        const Lanes straight = Lanes::Choose(isFlat, Lanes::Load(here + i + 1), Lanes::Load(down + i));
+        const Lanes straightBack = Lanes::Choose(isFlat, Lanes::Load(here + i - 1), Lanes::Load(up + i));
+        const Lanes forth = aslant * minor + straight * (major - minor);
+        const Lanes back = aslantBack * minor + straightBack * (major - minor);
+        const auto isGreatest = Lanes::Both(own * major > forth, own * major >= back);
+        const Lanes kept = Lanes::Choose(isGreatest, Lesser(own, Lanes(most)), Lanes(0.0F));
+        (kept * Lanes(static_cast<float>(kStrengthUnits))).StoreWhole(out + i - 1);
+    });
 }
 
 }  // namespace

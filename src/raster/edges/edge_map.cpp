@@ -18,6 +18,15 @@ std::uint16_t Units(double levels, double least) {
     return static_cast<std::uint16_t>(std::clamp(units, least, 65535.0));
 }
 
+constexpr int kBlock = 32;
+
+/// Whether one of a block's strengths reaches the threshold; without branches, so that many are seen at once.
+bool HasAny(const std::uint16_t* strengths, std::uint16_t threshold) {
+    std::uint16_t most = 0;
+    for (int i = 0; i < kBlock; ++i) most = std::max(most, strengths[i]);
+    return most >= threshold;
+}
+
 }  // namespace
 
 std::uint16_t ToStrength(float levels) {
@@ -65,18 +74,25 @@ void DrawEdges(const EdgeMap& map, const EdgeThresholds& thresholds, const BitRa
         out.Set(x, y);
         pending.push_back({x, y});
     };
-    for (int y = 0; y < map.height; ++y) {
-        for (int x = 0; x < map.width; ++x) {
-            if (strength(x, y) < high) continue;
-            take(x, y);
-            while (!pending.empty()) {
-                const Place p = pending.back();
-                pending.pop_back();
-                for (int v = std::max(p.y - 1, 0); v <= std::min(p.y + 1, map.height - 1); ++v) {
-                    for (int u = std::max(p.x - 1, 0); u <= std::min(p.x + 1, map.width - 1); ++u) {
-                        if (strength(u, v) >= low) take(u, v);
-                    }
+    const auto follow = [&] {
+        while (!pending.empty()) {
+            const Place p = pending.back();
+            pending.pop_back();
+            for (int v = std::max(p.y - 1, 0); v <= std::min(p.y + 1, map.height - 1); ++v) {
+                for (int u = std::max(p.x - 1, 0); u <= std::min(p.x + 1, map.width - 1); ++u) {
+                    if (strength(u, v) >= low) take(u, v);
                 }
+            }
+        }
+    };
+    for (int y = 0; y < map.height; ++y) {
+        for (int block = 0; block < map.width; block += kBlock) {
+            const int end = std::min(block + kBlock, map.width);
+            if (end - block == kBlock && !HasAny(map.Row(y) + block, high)) continue;
+            for (int x = block; x < end; ++x) {
+                if (strength(x, y) < high) continue;
+                take(x, y);
+                follow();
             }
         }
     }

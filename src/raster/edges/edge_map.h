@@ -47,6 +47,9 @@ struct EdgeMap {
 
     EdgeMap(int w, int h)
         : width(w), height(h), strengths(static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) {}
+    const std::uint16_t* Row(int y) const {
+        return strengths.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+    }
     std::uint16_t* Row(int y) {
         return strengths.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     }

@@ -213,20 +213,26 @@ class Detector {
     }
 
     float SideDifference(int x, int y) const {
-        float sums[2] = {};
-        int counts[2] = {};
+        // Sums of both signs at once and without branches: which one a pixel belongs to is anybody's guess.
+        float bright = 0;
+        float dark = 0;
+        float brightCount = 0;
+        float darkCount = 0;
+        const int first = std::max(x - kReach, 0);
+        const int last = std::min(x + kReach, m_smoothed.width - 1);
         for (int v = std::max(y - kReach, 0); v <= std::min(y + kReach, m_smoothed.height - 1); ++v) {
             const float* const row = m_smoothed.Row(v);
             const float* const laplacian = m_laplacian.Row(v);
-            for (int u = std::max(x - kReach, 0); u <= std::min(x + kReach, m_smoothed.width - 1); ++u) {
-                if (laplacian[u] == 0) continue;
-                const int side = laplacian[u] > 0 ? 1 : 0;
-                sums[side] += row[u];
-                ++counts[side];
+            for (int u = first; u <= last; ++u) {
+                const float isBright = laplacian[u] < 0 ? 1.0F : 0.0F;
+                const float isDark = laplacian[u] > 0 ? 1.0F : 0.0F;
+                bright += row[u] * isBright;
+                dark += row[u] * isDark;
+                brightCount += isBright;
+                darkCount += isDark;
             }
         }
-        if (counts[0] == 0 || counts[1] == 0) return 0;
-        return sums[0] / static_cast<float>(counts[0]) - sums[1] / static_cast<float>(counts[1]);
+        return brightCount > 0 && darkCount > 0 ? bright / brightCount - dark / darkCount : 0.0F;
     }
 
     double m_decay;
