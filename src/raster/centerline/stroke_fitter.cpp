@@ -83,7 +83,7 @@ Tuning StrokeFitter::TuningFor(double radius) const {
     const int unit = std::clamp(static_cast<int>(1.3 * radius), 1, 16);
     const double loose = Tolerance();
     const double bend = std::max(1.0, radius / 4);
-    const ArmTest clean{0.75 * loose, 1.3 * loose * bend};
+    const ArmTest clean{0.75 * loose, 2 * loose * bend};
     const ArmTest rough{1.2 * loose, 3 * loose * bend};
     return {clean, rough, 1.1 * loose, loose, 1.2 * loose, 6, unit};
 }
