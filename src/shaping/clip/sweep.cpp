@@ -113,6 +113,7 @@ class Sweep {
     void Resolve(std::int32_t& l, std::int32_t& r);
     std::int32_t Cut(std::int32_t item, const Point& at, bool inexact);
     void LeaveAtEvent(std::int32_t item);
+    void Announce();
     void Replace();
     void Finish(std::int32_t item, std::int32_t atVertex);
     std::int32_t AddItem(const Item& item);
@@ -142,6 +143,8 @@ class Sweep {
     std::int32_t m_lastPlace = none;
     std::int32_t m_leftPlace = none;  ///< the places beside the event
     std::int32_t m_rightPlace = none;
+
+    std::int32_t m_announced = none;  ///< the first part of a cut whose event is still to be made
 
     bool m_moved = false;   ///< some piece was not cut exactly
     bool m_ordered = true;  ///< the output's vertices are in sweep order
@@ -393,6 +396,7 @@ void Sweep::Resolve(std::int32_t& l, std::int32_t& r) {
             r = Cut(r, Point(left.b), false);
         else
             l = Cut(l, Point(right.b), false);
+        Announce();
         return;
     }
     if (!ProperlyCross(left, right)) {
@@ -405,6 +409,13 @@ void Sweep::Resolve(std::int32_t& l, std::int32_t& r) {
     const bool cutRight = !Same(at, right.a) && !Same(at, right.b);
     if (cutLeft) l = Cut(l, at, true);
     if (cutRight) r = Cut(r, at, true);
+    Announce();
+}
+
+/// Makes an event of a cut that has no companion to share one with.
+void Sweep::Announce() {
+    if (m_announced != none) Push(At(m_announced).b, m_announced);
+    m_announced = none;
 }
 
 /// Cuts an item, active or joining, at a point other than its ends, and returns the number of the part
@@ -437,7 +448,12 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
         rest.state = State::waiting;
         const std::int32_t number = AddItem(first);
         if (first.state == State::active) m_status.SetPiece(first.place, number);
-        Push(at, number);
+        if (m_announced == none) {
+            m_announced = number;
+        } else {
+            Push(at, m_announced, number);
+            m_announced = none;
+        }
         return number;
     }
     m_moved = true;
