@@ -62,8 +62,9 @@ enum ShapingOperation : int {
 /// side by side at less than about a millionth of their length without being the same can still be taken for
 /// crossing or not: the area that costs is below that millionth of the length.
 ///
-/// Time: that of flattening, of sorting, and of clipping the polygons; two outlines of 10,000 nodes take a
-/// fraction of a second.
+/// Shapes larger than 100,000 units are flattened at a ten-thousandth of their size.
+///
+/// Time: that of flattening, of sorting, and of clipping the polygons; see docs/shaping.md for figures.
 TARVEX_API bool PolyPolyBezierShaping(int op, CPolyPolyBezier& a, CPolyPolyBezier& b);
 
 /// The raster path: a := a op b, by way of bitmaps. `b` is not changed.

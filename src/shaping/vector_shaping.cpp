@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "shaping/box_tree.h"
 #include "shaping/crossing_search.h"
 #include "shaping/polygons.h"
 #include "shaping/rebuild.h"
@@ -35,9 +36,10 @@ using namespace shaping;
 
 using Nodes = CArray<BPOINT, BPOINT>;
 
-/// A millimetre; of shapes larger than 100 metres a hundred-thousandth.
+/// A millimetre; of shapes larger than 10 metres a ten-thousandth, so that no shape becomes points without
+/// end.
 constexpr double RESOLUTION = 10.0;
-constexpr double RESOLUTION_OF_FRAME = 1e-5;
+constexpr double RESOLUTION_OF_FRAME = 1e-4;
 /// What is thinner is no area.
 constexpr double THINNEST = 1e-7;
 
@@ -97,19 +99,11 @@ void InsertCrossings(CPolyPolyBezier& a, CPolyPolyBezier& b) {
 }
 
 double ResolutionFor(const SegmentList& list) {
-    double left = 0;
-    double right = 0;
-    double top = 0;
-    double bottom = 0;
-    for (const Segment& segment : list.segments) {
-        const DPOINT p = segment.curve.p0;
-        const bool isFirst = &segment == list.segments.data();
-        left = isFirst ? p.x : std::min(left, p.x);
-        right = isFirst ? p.x : std::max(right, p.x);
-        top = isFirst ? p.y : std::min(top, p.y);
-        bottom = isFirst ? p.y : std::max(bottom, p.y);
-    }
-    return std::max(RESOLUTION, RESOLUTION_OF_FRAME * std::max(right - left, bottom - top));
+    if (list.segments.empty()) return RESOLUTION;
+    Box frame = BoxOf(list.segments.front().curve);
+    for (const Segment& segment : list.segments) frame = Union(frame, BoxOf(segment.curve));
+    const double size = std::max(frame.right - frame.left, frame.bottom - frame.top);
+    return std::max(RESOLUTION, RESOLUTION_OF_FRAME * size);
 }
 
 /// Whether a contour has no more area than its length allows for noise.
