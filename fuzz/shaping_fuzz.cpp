@@ -1,0 +1,87 @@
+// Combining any two shapes, NaN and infinities included: it ends, failure changes nothing of the first, and
+// what comes out are closed contours of finite coordinates.
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+#include "input.h"
+#include "tarvex/shaping.h"
+
+namespace tarvex::fuzz {
+namespace {
+
+/// Coordinates of one of three kinds: few places, hundredths, or any bits.
+double TakeCoordinate(Input& input, int kind) {
+    switch (kind) {
+        case 0:
+            return input.TakeBetween(0, 5) * 100.0;
+        case 1:
+            return input.Take<std::int16_t>() / 100.0;
+        default:
+            return input.Take<double>();
+    }
+}
+
+DPOINT TakePoint(Input& input, int kind) {
+    const double x = TakeCoordinate(input, kind);
+    return {x, TakeCoordinate(input, kind)};
+}
+
+CPolyPolyBezier TakeShape(Input& input, int kind) {
+    CPolyPolyBezier shape;
+    for (int contours = input.TakeBetween(0, 3); contours > 0; --contours) {
+        auto nodes = std::make_unique<CArray<BPOINT, BPOINT>>();
+        for (int count = input.TakeBetween(0, 6); count > 0; --count) {
+            const DPOINT p = TakePoint(input, kind);
+            const bool hasHandles = input.TakeBetween(0, 1) == 1;
+            nodes->Add({hasHandles ? TakePoint(input, kind) : p, p, hasHandles ? TakePoint(input, kind) : p});
+        }
+        shape.Add(std::move(nodes));
+    }
+    return shape;
+}
+
+bool Same(const CPolyPolyBezier& a, const CPolyPolyBezier& b) {
+    if (a.GetCount() != b.GetCount()) return false;
+    for (int k = 0; k < a.GetCount(); ++k) {
+        const auto size = static_cast<std::size_t>(a[k].GetSize()) * sizeof(BPOINT);
+        if (a[k].GetSize() != b[k].GetSize()) return false;
+        if (size > 0 && std::memcmp(a[k].GetData(), b[k].GetData(), size) != 0) return false;
+    }
+    return true;
+}
+
+void CheckResult(const CPolyPolyBezier& shape) {
+    Require(!shape.IsEmpty(), "success means contours");
+    for (int k = 0; k < shape.GetCount(); ++k) {
+        Require(shape[k].GetSize() >= 3, "contours have three nodes");
+        Require(shape[k][0].pt == shape[k][shape[k].GetUpperBound()].pt, "contours are closed");
+        for (const BPOINT& node : shape[k]) {
+            for (const DPOINT& p : {node.cp1, node.pt, node.cp2})
+                Require(std::isfinite(p.x) && std::isfinite(p.y), "coordinates are finite");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tarvex::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace tarvex;
+    using namespace tarvex::fuzz;
+    Input input(data, size);
+    const int op = input.TakeBetween(-1, 4);
+    const int kind = input.TakeBetween(0, 2);
+    CPolyPolyBezier a = TakeShape(input, kind);
+    CPolyPolyBezier b = TakeShape(input, kind);
+    CPolyPolyBezier before;
+    before.Copy(a);
+    if (PolyPolyBezierShaping(op, a, b)) {
+        CheckResult(a);
+    } else {
+        Require(Same(a, before), "failure leaves the first shape as it was");
+    }
+    return 0;
+}
