@@ -136,6 +136,21 @@ CPolyPolyBezier AsContours(const std::vector<Line>& lines) {
     return contours;
 }
 
+/// What the island's outer contour holds without its holes.
+double AreaOf(const IslandBreakUp& island) {
+    double area = 0;
+    for (std::size_t i = 0; i < island.contours.size(); ++i) {
+        const Line& contour = island.contours[i];
+        double twice = 0;
+        for (std::size_t k = 0; k < contour.size(); ++k) {
+            const DPOINT &a = contour[k], &b = contour[(k + 1) % contour.size()];
+            twice += a.x * b.y - b.x * a.y;
+        }
+        area += (i == 0 ? 0.5 : -0.5) * std::fabs(twice);
+    }
+    return area;
+}
+
 nlohmann::ordered_json PointsOf(const Line& line) {
     auto points = nlohmann::ordered_json::array();
     const auto rounded = [](double v) { return std::round(v * 1e4) / 1e4; };
@@ -234,6 +249,7 @@ std::string WriteStitchJson(const StitchDesign& design) {
             }
             for (const DLINE& cut : island.cuts) cuts.push_back({cut.p1.x, cut.p1.y, cut.p2.x, cut.p2.y});
             islands.push_back({{"result", NameOf(island.end)},
+                               {"area", AreaOf(island)},
                                {"pixelsPerUnit", island.pixelsPerUnit},
                                {"regions", std::move(regions)},
                                {"cuts", std::move(cuts)}});

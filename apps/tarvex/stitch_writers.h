@@ -17,7 +17,7 @@ std::string WriteStitchPng(const StitchDesign& design, int side);
 /// JSON:
 ///     {"corner": [0, 0], "width": 640, "height": 480, "millimetresPerUnit": 0.2646, "shapes": [{"colour":
 ///     "#000000",
-///       "islands": [{"result": "done", "pixelsPerUnit": 1.3,
+///       "islands": [{"result": "done", "area": 5210.5, "pixelsPerUnit": 1.3,
 ///         "regions": [{"ring": false, "rails": [[[x, y], ...], [[x, y], ...]],
 ///                      "inclinations": [[i, j], ...]}, ...],
 ///         "cuts": [[x1, y1, x2, y2], ...]}, ...]}, ...]}

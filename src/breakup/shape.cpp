@@ -18,7 +18,8 @@ using PointList = std::vector<DPOINT>;
 // Skeleton lines of up to 10 pixels count as noise and regions are found on a grid of 10 pixels, so strokes
 // should be well above; and well below 60 or so, where the guard against complicated shapes steps in. Coarse
 // renderings have fewer spurs and so fewer needless cuts, fine ones keep what is thin.
-constexpr double kStrokePixels[] = {28, 20, 16};
+constexpr double kStrokePixels[] = {28, 20, 16, 24, 36, 13, 48};
+constexpr int kUsualTries = 3;           ///< the others are for what these do not break up
 constexpr double kMostUncovered = 0.02;  ///< of the area, in a result that needs no other to be tried
 constexpr double kLeastSide = 48;        ///< pixels
 constexpr double kMostSide = 4000;
@@ -85,11 +86,17 @@ using Island = std::vector<int>;
 std::vector<Island> FindIslands(const std::vector<PointList>& contours) {
     const std::size_t count = contours.size();
     std::vector<std::vector<std::size_t>> around(count);
+    std::vector<Frame> frames(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!contours[i].empty()) frames[i] = FrameOf(contours[i]);
+    }
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t k = 0; k < count; ++k) {
-            if (i != k && contours[i].size() > 2 && contours[k].size() > 2 &&
-                IsInside(contours[k], contours[i].front()))
-                around[i].push_back(k);
+            if (i == k || contours[i].size() < 3 || contours[k].size() < 3) continue;
+            const DPOINT& p = contours[i].front();
+            const Frame& frame = frames[k];
+            if (p.x < frame.left || p.x > frame.right || p.y < frame.top || p.y > frame.bottom) continue;
+            if (IsInside(contours[k], p)) around[i].push_back(k);
         }
     }
     std::vector<Island> islands;
@@ -255,14 +262,17 @@ IslandBreakUp BreakUpIsland(const CPolyPolyBezier& shape, const Island& island,
     std::vector<PointList> rough;
     for (const int i : island) rough.push_back(coarse[static_cast<std::size_t>(i)]);
     std::optional<IslandBreakUp> best;
+    int tries = 0;
     for (const double strokePixels : kStrokePixels) {
+        const bool isGood = best && best->end == BreakUpEnd::Done && Uncovered(*best) <= kMostUncovered;
+        if (isGood && (tries >= kUsualTries || best->regions.size() == 1)) break;
+        ++tries;
         const Rendering rendering = ChooseRendering(rough, options.pixelsPerUnit, strokePixels);
         if (best && best->pixelsPerUnit == rendering.scale) continue;
         IslandBreakUp tried = BreakUpRendered(shape, island, rendering, options);
         if (tried.end == BreakUpEnd::Aborted) return tried;
         if (!best || IsBetter(tried, *best)) best = std::move(tried);
-        if (options.pixelsPerUnit > 0 || (best->regions.size() == 1 && Uncovered(*best) <= kMostUncovered))
-            break;
+        if (options.pixelsPerUnit > 0) break;
     }
     return std::move(*best);
 }

@@ -25,6 +25,7 @@ constexpr int kMargin = 5;       ///< around the fill, for the smoothing
 constexpr int kLeastPoints = 5;  ///< an outline has more, its closing point included
 constexpr int kCutWidth = 2;
 constexpr int kMajorityReach = 3;
+constexpr std::size_t kMajorityPixels = 49;  ///< the window of 7 x 7 that this reach gives
 constexpr int kMajorityTolerance = 1000;
 
 constexpr COLORREF kWhite = RGB(255, 255, 255);
@@ -238,7 +239,7 @@ RGBQUAD CAutoTrace::GetMajorityPixel(int x, int y) const {
         RGBQUAD first;
         int count;
     };
-    std::array<Kind, (2 * kMajorityReach + 1) * (2 * kMajorityReach + 1)> kinds;
+    std::array<Kind, kMajorityPixels> kinds;
     std::size_t used = 0;
     for (int dy = -kMajorityReach; dy <= kMajorityReach; ++dy) {
         for (int dx = -kMajorityReach; dx <= kMajorityReach; ++dx) {
