@@ -299,8 +299,13 @@ std::vector<Inclination> LayInclinations(Rails& rails, std::span<const DPOINT> l
     const std::vector<int> firstIndices = PutInto(rails.first, first);
     const std::vector<int> secondIndices = PutInto(rails.second, second);
     std::vector<Inclination> inclinations;
-    for (std::size_t i = 0; i < chords.size(); ++i)
-        inclinations.push_back({firstIndices[i], secondIndices[i]});
+    for (std::size_t i = 0; i < chords.size(); ++i) {
+        const Inclination next{firstIndices[i], secondIndices[i]};
+        // Ends so near each other that they are one point would not advance.
+        if (inclinations.empty() ||
+            (next.first > inclinations.back().first && next.second > inclinations.back().second))
+            inclinations.push_back(next);
+    }
     return inclinations;
 }
 
