@@ -117,13 +117,13 @@ TEST(SvgReader, WhatIsLeftOutOrDamagedIsReported) {
     EXPECT_EQ(Parse(Root("<circle r='1'/>")).remarks, "");
     EXPECT_EQ(Parse(Root("<text/><use/><g><text><tspan/></text></g><image/><foreignObject/>")).remarks,
               "left out, being no outlines: 1 foreignObject, 1 image, 2 text, 1 use");
-    const SvgDocument damaged =
-        Parse(Root("<text/><path d='M0 0h1x'/><polyline points='0 0 1 1 2'/><circle r='wide'/>"
-                   "<rect width='1' height='1' transform='spin(1)'/>"));
+    const SvgDocument damaged = Parse(
+        Root("<text/><path id='p' d='M0 0h1x'/><polyline id='l' points='0 0 1 1 2'/><circle id='c' r='wide'/>"
+             "<rect id='r' width='1' height='1' transform='spin(1)'/>"));
     EXPECT_EQ(damaged.remarks,
               "left out, being no outlines: 1 text; "
-              "damaged, and taken as far as it is sound: 1 length (in circle at byte 72), 1 path data (in path "
-              "at byte 13), 1 point list (in polyline at byte 35), 1 transform (in rect at byte 92)");
+              "damaged, and taken as far as it is sound: 1 length (in circle \"c\"), "
+              "1 path data (in path \"p\"), 1 point list (in polyline \"l\"), 1 transform (in rect \"r\")");
     EXPECT_EQ(Outlines(damaged), "path 0,0 1,0; polyline 0,0 1,1; rect 0,0 1,1");
 }
 
