@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tarvex/argument_values.h"
+#include "tarvex/color_trace.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/trace_command.h"
@@ -26,6 +27,8 @@ struct TraceArguments {
     TraceOptions options;
     std::string mode = "outline";
     std::optional<std::string> format;
+    std::optional<int> colors;
+    bool cutout = false;
 };
 
 std::string LowerEnding(const std::string& path) {
@@ -51,12 +54,14 @@ Format FormatOf(const TraceArguments& arguments) {
 }
 
 TraceMode ModeOf(const TraceArguments& arguments) {
-    static const std::map<std::string, TraceMode> modes = {
-        {"outline", TraceMode::Outline}, {"centerline", TraceMode::Centerline}, {"edges", TraceMode::Edges}};
+    static const std::map<std::string, TraceMode> modes = {{"outline", TraceMode::Outline},
+                                                           {"centerline", TraceMode::Centerline},
+                                                           {"edges", TraceMode::Edges},
+                                                           {"color", TraceMode::Color}};
     const auto found = modes.find(arguments.mode);
     if (found != modes.end()) return found->second;
     throw CLI::ValidationError(
-        "--mode", "'" + arguments.mode + "' is not a mode; there are outline, centerline and edges");
+        "--mode", "'" + arguments.mode + "' is not a mode; there are outline, color, centerline and edges");
 }
 
 /// Options that the mode would not look at are refused, not ignored.
@@ -68,14 +73,17 @@ void CheckOptionsOfMode(const TraceOptions& options) {
         refuse(options.speckPixels.has_value(), "--speck", "centerline");
         refuse(options.minBranch.has_value(), "--min-branch", "centerline");
     }
+    const bool isColor = options.mode == TraceMode::Color;
+    refuse(options.minPoints.has_value() && options.mode != TraceMode::Outline && !isColor, "--min-points",
+           "outline or color");
     if (options.mode != TraceMode::Outline) {
-        refuse(options.minPoints.has_value(), "--min-points", "outline");
         refuse(options.detail.has_value(), "--detail", "outline");
     }
-    if (options.mode == TraceMode::Edges) {
+    if (options.mode == TraceMode::Edges || isColor) {
         refuse(options.threshold.has_value(), "--threshold", "outline or centerline");
         refuse(options.invert, "--invert", "outline or centerline");
-    } else {
+    }
+    if (options.mode != TraceMode::Edges) {
         refuse(options.detector != EdgeMethod::Canny, "--detector", "edges");
         refuse(options.sigma.has_value(), "--sigma", "edges");
         refuse(options.steps.has_value(), "--steps", "edges");
@@ -114,13 +122,32 @@ void Complete(TraceArguments& arguments) {
     arguments.options.mode = ModeOf(arguments);
     CheckOptionsOfMode(arguments.options);
     arguments.options.format = FormatOf(arguments);
+    const bool isColor = arguments.options.mode == TraceMode::Color;
+    if (arguments.colors && !isColor) throw CLI::ValidationError("--colors", "is for --mode color");
+    if (arguments.cutout && !isColor) throw CLI::ValidationError("--cutout", "is for --mode color");
+    if (isColor && arguments.options.format != Format::Svg)
+        throw CLI::ValidationError("--mode", "color is written as svg only");
+}
+
+int Run(const TraceArguments& arguments) {
+    const TraceOptions& options = arguments.options;
+    if (options.mode != TraceMode::Color) return RunTrace(options);
+    ColorTraceOptions color;
+    color.input = options.input;
+    color.output = options.output;
+    if (arguments.colors) color.colors = *arguments.colors;
+    color.cutout = arguments.cutout;
+    color.minPoints = options.minPoints;
+    color.precision = options.precision;
+    color.maxPixels = options.maxPixels;
+    return RunColorTrace(color);
 }
 
 }  // namespace
 
 void AddTraceCommand(CLI::App& program, Action& action) {
-    CLI::App* trace =
-        program.add_subcommand("trace", "Trace a picture to Bezier outlines, centre lines or edges");
+    CLI::App* trace = program.add_subcommand(
+        "trace", "Trace a picture to Bezier outlines, regions of colour, centre lines or edges");
     const auto arguments = std::make_shared<TraceArguments>();
     TraceOptions& options = arguments->options;
     trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
@@ -132,19 +159,27 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->check(FileName())
         ->type_name("OUT");
     trace
-        ->add_option(
-            "--mode", arguments->mode,
-            "What to trace: outline, the outlines of shapes; centerline, the strokes of a line drawing, "
-            "each along its middle and with its width; edges, the lines where light meets dark")
+        ->add_option("--mode", arguments->mode,
+                     "What to trace: outline, the outlines of shapes; color, regions of every colour; "
+                     "centerline, the strokes of a line drawing, "
+                     "each along its middle and with its width; edges, the lines where light meets dark")
         ->type_name("MODE")
         ->capture_default_str();
+    trace->add_option("--colors", arguments->colors, "color: the most colours (default 8)")
+        ->check(WholeNumber(1, 256))
+        ->type_name("1..256");
+    trace
+        ->add_flag("--cutout", arguments->cutout,
+                   "color: end regions at their borders instead of letting them run on beneath others")
+        ->disable_flag_override();
     AddAutoOrInteger(*trace, "--threshold", options.threshold, 0, 255,
                      "Grey level up to which a pixel is dark (default auto: found from the picture)");
     trace->add_flag("--invert", options.invert, "Trace the other side: what is taken for the ground")
         ->disable_flag_override();
     trace
-        ->add_option("--min-points", options.minPoints,
-                     "Leave out outlines of N pixel sides or fewer (default 6: specks of up to two pixels)")
+        ->add_option(
+            "--min-points", options.minPoints,
+            "Leave out outlines or regions of N pixel sides or fewer (default 6: specks of up to two pixels)")
         ->check(WholeNumber(0, MOST_MIN_POINTS))
         ->type_name("N");
     AddAutoOrInteger(*trace, "--detail", options.detail, 1, MOST_DETAIL,
@@ -170,7 +205,7 @@ void AddTraceCommand(CLI::App& program, Action& action) {
     AddMaxPixels(*trace, options.maxPixels);
     trace->callback([arguments, &action] {
         Complete(*arguments);
-        action = [arguments] { return RunTrace(arguments->options); };
+        action = [arguments] { return Run(*arguments); };
     });
 }
 

@@ -10,7 +10,7 @@
 namespace tarvex::app {
 
 enum class Format { Svg, Json };
-enum class TraceMode { Outline, Centerline, Edges };
+enum class TraceMode { Outline, Centerline, Edges, Color };  // Color is in color_trace.h
 
 struct TraceOptions {
     TraceMode mode = TraceMode::Outline;

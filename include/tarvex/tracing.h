@@ -1,7 +1,9 @@
-// Rasters: pixel access, line tracing, outlines of shapes and of grey pictures, centre lines.
+// Rasters: pixel access, line tracing, outlines of shapes and of grey pictures, regions of colour, centre
+// lines.
 #pragma once
 
 #include "tarvex/autotrace.h"
+#include "tarvex/colortrace.h"
 #include "tarvex/contours.h"
 #include "tarvex/edges.h"
 #include "tarvex/imagetrace.h"

@@ -41,7 +41,7 @@ class StrokeFitter {
 
     double m_tolerance;
     StrokeEnds m_ends;
-    contours::CyclicChain m_chain;
+    contours::Chain m_chain;
     contours::CornerFinder m_finder;
     std::vector<DPOINT> m_points;  // of a closed stroke from its first corner on
     std::vector<double> m_radii;

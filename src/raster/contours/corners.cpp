@@ -35,7 +35,7 @@ struct Arm {
 
 /// The longest straight piece from `start` on. Directions that pass within `looseness` of every point
 /// so far form a cone with its tip in the first point; the piece ends where the cone closes.
-Arm LongestArm(const CyclicChain& chain, int start, int step, double looseness, int unit) {
+Arm LongestArm(const Chain& chain, int start, int step, double looseness, int unit) {
     const Crossing origin = chain[start];
     const double longest = armLimit * unit;
     const int limit = ArmPoints(chain.Size(), unit);
@@ -69,7 +69,7 @@ Arm LongestArm(const CyclicChain& chain, int start, int step, double looseness, 
 }
 
 /// The line that fits an arm best, directed away from where it begins.
-Line LineOf(const CyclicChain& chain, const Arm& arm) {
+Line LineOf(const Chain& chain, const Arm& arm) {
     LineSums sums;
     for (int k = 0; k < arm.count; ++k) sums.Add(chain[arm.start + k * arm.step]);
     return sums.Best(Minus(chain[arm.start + (arm.count - 1) * arm.step], chain[arm.start]));
@@ -123,7 +123,7 @@ Crossing PointAt(const Line& line, Crossing direction, double extent) {
 }
 
 /// Places both corners of a bar's end, if the arms run side by side like a bar's edges.
-bool PlaceBluntEnd(const CyclicChain& chain, int unit, Corner& corner) {
+bool PlaceBluntEnd(const Chain& chain, int unit, Corner& corner) {
     const Line& a = corner.back;
     const Line& b = corner.forward;
     if (Dot(a.direction, b.direction) < leastBarCosine) return false;
@@ -144,13 +144,14 @@ bool PlaceBluntEnd(const CyclicChain& chain, int unit, Corner& corner) {
 
 }  // namespace
 
-void PlaceTips(const CyclicChain& chain, int unit, Corner& corner) {
+void PlaceTips(const Chain& chain, int unit, Corner& corner) {
     corner.capBefore = corner.capAfter = 0;
     if (PlaceBluntEnd(chain, unit, corner)) return;
     corner.end = corner.begin = MeetingPoint(corner.back, corner.forward, chain[corner.index], unit);
 }
 
-void CyclicChain::Assign(std::span<const Crossing> points, int margin) {
+void Chain::AssignLoop(std::span<const Crossing> points, int margin) {
+    m_loop = true;
     m_size = static_cast<int>(points.size());
     m_margin = margin;
     m_points.resize(points.size() + std::size_t{2} * static_cast<std::size_t>(margin));
@@ -163,9 +164,24 @@ void CyclicChain::Assign(std::span<const Crossing> points, int margin) {
     }
 }
 
+void Chain::AssignOpen(std::span<const Crossing> points, int margin) {
+    m_loop = false;
+    m_size = static_cast<int>(points.size());
+    m_margin = margin;
+    m_points.resize(points.size() + std::size_t{2} * static_cast<std::size_t>(margin));
+    std::copy(points.begin(), points.end(), m_points.begin() + margin);
+    const auto at = [this](int i) -> Crossing& { return m_points[static_cast<std::size_t>(i + m_margin)]; };
+    const int last = m_size - 1;
+    for (int k = 1; k <= margin; ++k) {
+        const int inside = std::min(k, last);
+        at(-k) = Minus(Times(at(0), 2), at(inside));
+        at(last + k) = Minus(Times(at(last), 2), at(last - inside));
+    }
+}
+
 int CornerFinder::MarginFor(int size, int unit) { return unit + ArmPoints(size, unit); }
 
-bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit) {
+bool CornerFinder::TryArms(const Chain& chain, int i, const ArmTest& test, int unit) {
     const Arm backArm = LongestArm(chain, i - unit, -1, test.looseness, unit);
     if (backArm.length / 4 <= test.bulge) return false;
     const Arm forwardArm = LongestArm(chain, i + unit, 1, test.looseness, unit);
@@ -182,7 +198,7 @@ bool CornerFinder::TryArms(const CyclicChain& chain, int i, const ArmTest& test,
     return true;
 }
 
-const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, const Tuning& tuning) {
+const std::vector<Corner>& CornerFinder::Find(const Chain& chain, const Tuning& tuning) {
     const int n = chain.Size();
     m_corners.clear();
     const int reach = CornerReach(n, tuning.unit);
@@ -192,6 +208,7 @@ const std::vector<Corner>& CornerFinder::Find(const CyclicChain& chain, const Tu
         m_turn[static_cast<std::size_t>(i)] =
             Turn(Minus(chain[i], chain[i - reach]), Minus(chain[i + reach], chain[i]));
     const auto turn = [&](int i) {
+        if (!chain.IsLoop() && (i < 0 || i >= n)) return 0.0;
         return m_turn[static_cast<std::size_t>(i < 0 ? i + n : i >= n ? i - n : i)];
     };
     for (int i = 0; i < n; ++i) {

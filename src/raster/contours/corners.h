@@ -1,4 +1,4 @@
-// Corners of a closed chain of points: where a smooth curve would not do.
+// Corners of a chain of points: where a smooth curve would not do.
 #pragma once
 
 #include <cstddef>
@@ -9,16 +9,22 @@
 
 namespace tarvex::contours {
 
-/// A closed chain whose points can be asked for by any index from -margin to size + margin - 1.
-class CyclicChain {
+/// A chain whose points can be asked for by any index from -margin to size + margin - 1. A closed one goes
+/// round; beyond the ends of an open one it goes on turned by half a circle about the end, so that what is
+/// straight there stays straight.
+class Chain {
   public:
-    void Assign(std::span<const Crossing> points, int margin);
+    void AssignLoop(std::span<const Crossing> points, int margin);
+    /// At least two points.
+    void AssignOpen(std::span<const Crossing> points, int margin);
     int Size() const { return m_size; }
+    bool IsLoop() const { return m_loop; }
     const Crossing& operator[](int i) const { return m_points[static_cast<std::size_t>(i + m_margin)]; }
 
   private:
     int m_size = 0;
     int m_margin = 0;
+    bool m_loop = true;
     std::vector<Crossing> m_points;
 };
 
@@ -67,7 +73,7 @@ struct Corner {
 
 /// Sets where a corner's arms end and begin: where they meet, unless that is too far away; or for the blunt
 /// end of a bar, whose two corners are too near to each other to be told apart, both corners.
-void PlaceTips(const CyclicChain& chain, int unit, Corner& corner);
+void PlaceTips(const Chain& chain, int unit, Corner& corner);
 
 /// When a point is a corner: its arms are the longest pieces whose points lie within `looseness` of a
 /// line, and it sticks out of the smoothest curve along them by more than `bulge`.
@@ -115,10 +121,10 @@ class CornerFinder {
     static int MarginFor(int size, int unit);
 
     /// The chain must have that margin.
-    const std::vector<Corner>& Find(const CyclicChain& chain, const Tuning& tuning);
+    const std::vector<Corner>& Find(const Chain& chain, const Tuning& tuning);
 
   private:
-    bool TryArms(const CyclicChain& chain, int i, const ArmTest& test, int unit);
+    bool TryArms(const Chain& chain, int i, const ArmTest& test, int unit);
 
     std::vector<double> m_turn;
     std::vector<Corner> m_corners;

@@ -1,0 +1,177 @@
+// Where borders run between their pixels, and the curves along them.
+//
+// A border has one point on each side that it follows. Without a source that is the side's middle. With one,
+// the source's colours on either side are compared with the two labels' own: a pixel's share of the other
+// label is where its colour falls on the way from one label's colour to the other's, and the point lies where
+// the share, interpolated between the two pixels' centres, is one half. A junction moves by as much as the
+// borders that meet there move beside it, so that they arrive without a kink; on the picture's edge it
+// stays on the edge.
+#include "raster/contours/border_fit.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "raster/contours/outline_fitter.h"
+
+namespace tarvex::contours {
+
+namespace {
+
+constexpr double nearestCentre = 0.05;  // how near to a pixel's centre a point may lie
+constexpr double softShift = 0.06;      // points farther than this from the middle speak of a soft edge
+
+class Placer {
+  public:
+    Placer(const RegionMap& map, const RegionOptions& options) : m_map(map), m_options(options) {}
+
+    /// How far the point on the side that leaves corner (x, y) lies from the middle, across the side: to the
+    /// right or downwards.
+    double Shift(int x, int y, int heading) const {
+        if (m_options.source.empty()) return 0;
+        const bool upright = heading == south || heading == north;
+        if (heading == west) --x;
+        if (heading == north) --y;
+        // The pixels before and behind the side.
+        const int beforeX = upright ? x - 1 : x;
+        const int beforeY = upright ? y : y - 1;
+        const RegionId before = m_map.At(beforeX, beforeY);
+        const RegionId behind = m_map.At(x, y);
+        if (before == ground || behind == ground) return 0;
+        const RGBQUAD& from = m_options.colors[m_map.LabelOf(before)];
+        const RGBQUAD& to = m_options.colors[m_map.LabelOf(behind)];
+        const double a = ShareOf(SourceAt(beforeX, beforeY), from, to);
+        const double b = ShareOf(SourceAt(x, y), from, to);
+        if (!(b - a > 0.1)) return 0;
+        return std::clamp((0.5 - a) / (b - a), nearestCentre, 1 - nearestCentre) - 0.5;
+    }
+
+  private:
+    const RGBQUAD& SourceAt(int x, int y) const {
+        return m_options.source[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_map.Width()) +
+                                static_cast<std::size_t>(x)];
+    }
+
+    /// 0 at `from` and 1 at `to`.
+    static double ShareOf(const RGBQUAD& c, const RGBQUAD& from, const RGBQUAD& to) {
+        const int red = to.rgbRed - from.rgbRed;
+        const int green = to.rgbGreen - from.rgbGreen;
+        const int blue = to.rgbBlue - from.rgbBlue;
+        const int all = red * red + green * green + blue * blue;
+        if (all == 0) return 0;
+        const int part = red * (c.rgbRed - from.rgbRed) + green * (c.rgbGreen - from.rgbGreen) +
+                         blue * (c.rgbBlue - from.rgbBlue);
+        return static_cast<double>(part) / all;
+    }
+
+    const RegionMap& m_map;
+    const RegionOptions& m_options;
+};
+
+class BorderPoints {
+  public:
+    BorderPoints(const RegionMap& map, const Placer& placer) : m_map(map), m_placer(placer) {}
+
+    /// The points of a border: of a loop one for each side, of others its ends too.
+    const std::vector<Crossing>& Of(const Borders& borders, std::size_t index) {
+        const Border& border = borders.all[index];
+        m_points.clear();
+        int x = border.startX;
+        int y = border.startY;
+        if (!border.isLoop) m_points.push_back(Junction(x, y));
+        for (const std::uint8_t heading : borders.StepsOf(index)) {
+            const double shift = border.isFrame ? 0 : m_placer.Shift(x, y, heading);
+            const bool upright = heading == south || heading == north;
+            m_points.push_back({x + 0.5 * StepX(heading) + (upright ? shift : 0),
+                                y + 0.5 * StepY(heading) + (upright ? 0 : shift)});
+            x += StepX(heading);
+            y += StepY(heading);
+        }
+        if (!border.isLoop) m_points.push_back(Junction(x, y));
+        return m_points;
+    }
+
+    Crossing Junction(int x, int y) const {
+        const auto across = [&](Heading a, Heading b) {
+            double sum = 0;
+            int count = 0;
+            for (const Heading heading : {a, b}) {
+                if (!HasSide(x, y, heading)) continue;
+                sum += m_placer.Shift(x, y, heading);
+                ++count;
+            }
+            return count > 0 ? sum / count : 0;
+        };
+        const double right = x == 0 || x == m_map.Width() ? 0 : across(south, north);
+        const double down = y == 0 || y == m_map.Height() ? 0 : across(east, west);
+        return {x + right, y + down};
+    }
+
+  private:
+    bool HasSide(int x, int y, Heading heading) const {
+        switch (heading) {
+            case east:
+                return m_map.At(x, y - 1) != m_map.At(x, y);
+            case south:
+                return m_map.At(x - 1, y) != m_map.At(x, y);
+            case west:
+                return m_map.At(x - 1, y - 1) != m_map.At(x - 1, y);
+            default:
+                return m_map.At(x - 1, y - 1) != m_map.At(x, y - 1);
+        }
+    }
+
+    const RegionMap& m_map;
+    const Placer& m_placer;
+    std::vector<Crossing> m_points;
+};
+
+/// Whether many points lie off the middle of their sides, so that edges are smoothed.
+bool IsSoft(const Placer& placer, const Borders& borders) {
+    std::int64_t soft = 0;
+    std::int64_t all = 0;
+    for (std::size_t i = 0; i < borders.all.size(); ++i) {
+        int x = borders.all[i].startX;
+        int y = borders.all[i].startY;
+        for (const std::uint8_t heading : borders.StepsOf(i)) {
+            if (!borders.all[i].isFrame) {
+                ++all;
+                soft += std::fabs(placer.Shift(x, y, heading)) > softShift ? 1 : 0;
+            }
+            x += StepX(heading);
+            y += StepY(heading);
+        }
+    }
+    return soft * 4 > all;
+}
+
+}  // namespace
+
+bool FitBorders(const RegionMap& map, const RegionOptions& options, Borders& borders) {
+    const Placer placer(map, options);
+    BorderPoints points(map, placer);
+    OutlineFitter fitter(TuningFor(IsSoft(placer, borders), options.tolerance));
+    std::size_t sinceReport = 0;
+    for (std::size_t i = 0; i < borders.all.size(); ++i) {
+        Border& border = borders.all[i];
+        sinceReport += border.stepCount;
+        if (options.progress && sinceReport > 100'000) {
+            sinceReport = 0;
+            if (!options.progress(static_cast<double>(i) / static_cast<double>(borders.all.size())))
+                return false;
+        }
+        border.firstCubic = borders.cubics.size();
+        if (border.isFrame) {
+            const Crossing from = points.Junction(border.startX, border.startY);
+            const Crossing to = points.Junction(border.endX, border.endY);
+            borders.cubics.push_back({from, from, to, to});
+        } else {
+            const auto& chain = points.Of(borders, i);
+            const auto& cubics = border.isLoop ? fitter.FitLoop(chain) : fitter.FitOpen(chain);
+            borders.cubics.insert(borders.cubics.end(), cubics.begin(), cubics.end());
+        }
+        border.cubicCount = borders.cubics.size() - border.firstCubic;
+    }
+    return true;
+}
+
+}  // namespace tarvex::contours

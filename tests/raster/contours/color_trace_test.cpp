@@ -1,0 +1,338 @@
+// Regions of colour: tiles that fit to the last bit, layers without a gap, and thin features that stay.
+#include "support/precompiled.h"
+
+#include <array>
+#include <map>
+#include <set>
+
+#include "support/property.h"
+#include "tarvex/colortrace.h"
+
+namespace tarvex {
+namespace {
+
+constexpr std::uint16_t kNone = NO_LABEL;
+
+struct Labels {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint16_t> labels;
+
+    Labels(int w, int h, std::uint16_t label = 0)
+        : width(w), height(h), labels(static_cast<std::size_t>(w) * static_cast<std::size_t>(h), label) {}
+    /// Rows of digits; '.' has no label.
+    explicit Labels(const std::vector<std::string>& rows)
+        : Labels(static_cast<int>(rows[0].size()), static_cast<int>(rows.size())) {
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const char c = rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
+                At(x, y) = c == '.' ? kNone : static_cast<std::uint16_t>(c - '0');
+            }
+    }
+    std::uint16_t& At(int x, int y) {
+        return labels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
+    std::uint16_t At(int x, int y) const { return const_cast<Labels*>(this)->At(x, y); }
+    LabelView View() const { return {labels.data(), width, height, width}; }
+};
+
+/// Discs and bars over each other, some without a label, or any labels at all.
+Labels AnyLabels() {
+    Labels picture(*rc::gen::inRange(1, 40), *rc::gen::inRange(1, 40));
+    const int colors = *rc::gen::inRange(1, 6);
+    const auto paint = [&] {
+        const int label = *rc::gen::inRange(-1, colors);
+        return label < 0 ? kNone : static_cast<std::uint16_t>(label);
+    };
+    if (*rc::gen::inRange(0, 4) == 0) {
+        for (std::uint16_t& label : picture.labels) label = paint();
+        return picture;
+    }
+    for (int shape = *rc::gen::inRange(0, 9); shape > 0; --shape) {
+        const int cx = *rc::gen::inRange(0, 40);
+        const int cy = *rc::gen::inRange(0, 40);
+        const int r = *rc::gen::inRange(1, 16);
+        const int thin = *rc::gen::element(1, 1, 4);
+        const std::uint16_t label = paint();
+        for (int y = 0; y < picture.height; ++y)
+            for (int x = 0; x < picture.width; ++x) {
+                const int dx = x - cx;
+                const int dy = (y - cy) * thin;
+                if (dx * dx + dy * dy <= r * r) picture.At(x, y) = label;
+            }
+    }
+    return picture;
+}
+
+std::vector<PaintedRegions> Trace(const Labels& labels, RegionStyle style, int minPoints = 0) {
+    RegionOptions options;
+    options.style = style;
+    options.minPoints = minPoints;
+    return TraceRegions(labels.View(), options);
+}
+
+using CubicBits = std::array<double, 8>;
+
+template <class Visit>
+void ForEachCubic(const CPolyPolyBezier& outlines, Visit visit) {
+    for (int i = 0; i < outlines.GetSize(); ++i) {
+        const auto& nodes = outlines[i];
+        for (int k = 0; k + 1 < nodes.GetSize(); ++k)
+            visit(CubicBits{nodes[k].pt.x, nodes[k].pt.y, nodes[k].cp2.x, nodes[k].cp2.y, nodes[k + 1].cp1.x,
+                            nodes[k + 1].cp1.y, nodes[k + 1].pt.x, nodes[k + 1].pt.y});
+    }
+}
+
+CubicBits Reversed(const CubicBits& c) { return {c[6], c[7], c[4], c[5], c[2], c[3], c[0], c[1]}; }
+
+DPOINT PointAt(const CubicBits& c, double t) {
+    const double s = 1 - t;
+    const double w[4] = {s * s * s, 3 * s * s * t, 3 * s * t * t, t * t * t};
+    return {w[0] * c[0] + w[1] * c[2] + w[2] * c[4] + w[3] * c[6],
+            w[0] * c[1] + w[1] * c[3] + w[2] * c[5] + w[3] * c[7]};
+}
+
+/// How often the contours go round a point, by polygons of 12 points a cubic.
+int Winding(const CPolyPolyBezier& outlines, DPOINT p) {
+    int winding = 0;
+    ForEachCubic(outlines, [&](const CubicBits& c) {
+        constexpr int steps = 12;
+        DPOINT a = PointAt(c, 0);
+        for (int k = 1; k <= steps; ++k) {
+            const DPOINT b = PointAt(c, static_cast<double>(k) / steps);
+            if ((a.y <= p.y) != (b.y <= p.y)) {
+                const double x = a.x + (p.y - a.y) / (b.y - a.y) * (b.x - a.x);
+                if (x > p.x) winding += b.y > a.y ? 1 : -1;
+            }
+            a = b;
+        }
+    });
+    return winding;
+}
+
+/// The label painted last at a point.
+std::uint16_t ShownAt(const std::vector<PaintedRegions>& painted, DPOINT p) {
+    for (std::size_t i = painted.size(); i-- > 0;)
+        if (Winding(painted[i].outlines, p) != 0) return painted[i].label;
+    return kNone;
+}
+
+bool IsInterior(const Labels& labels, int x, int y) {
+    for (int v = std::max(0, y - 1); v <= std::min(labels.height - 1, y + 1); ++v)
+        for (int u = std::max(0, x - 1); u <= std::min(labels.width - 1, x + 1); ++u)
+            if (labels.At(u, v) != labels.At(x, y)) return false;
+    return true;
+}
+
+TEST(TraceRegions, CutOutsShareEveryBorderToTheLastBit) {
+    test::ExpectLaw(
+        [] {
+            const Labels labels = AnyLabels();
+            const auto painted = Trace(labels, RegionStyle::cutout);
+            std::map<CubicBits, int> balance;  // of a cubic against its reverse
+            for (const PaintedRegions& regions : painted)
+                ForEachCubic(regions.outlines, [&](const CubicBits& c) { ++balance[c]; });
+            const bool hasNone = std::count(labels.labels.begin(), labels.labels.end(), kNone) > 0;
+            for (const auto& [cubic, count] : balance) {
+                const bool onFrame = (cubic[0] == cubic[6] && (cubic[0] == 0 || cubic[0] == labels.width)) ||
+                                     (cubic[1] == cubic[7] && (cubic[1] == 0 || cubic[1] == labels.height));
+                if (onFrame) continue;
+                const auto reverse = balance.find(Reversed(cubic));
+                if (reverse == balance.end()) {
+                    RC_ASSERT(hasNone);
+                } else {
+                    RC_ASSERT(reverse->second == count);
+                }
+            }
+            // Each label has one entry, and what is well inside a region has its label.
+            std::set<std::uint16_t> seen;
+            for (const PaintedRegions& regions : painted) RC_ASSERT(seen.insert(regions.label).second);
+            for (int y = 0; y < labels.height; ++y)
+                for (int x = 0; x < labels.width; ++x)
+                    if (IsInterior(labels, x, y))
+                        RC_ASSERT(ShownAt(painted, {x + 0.5, y + 0.5}) == labels.At(x, y));
+        },
+        150);
+}
+
+TEST(TraceRegions, LayersShowEveryRegionAndLeaveNoGap) {
+    test::ExpectLaw(
+        [] {
+            const Labels labels = AnyLabels();
+            const auto painted = Trace(labels, RegionStyle::stacked);
+            const bool hasNone = std::count(labels.labels.begin(), labels.labels.end(), kNone) > 0;
+            for (int y = 0; y < labels.height; ++y) {
+                for (int x = 0; x < labels.width; ++x) {
+                    if (IsInterior(labels, x, y))
+                        RC_ASSERT(ShownAt(painted, {x + 0.5, y + 0.5}) == labels.At(x, y));
+                    if (hasNone) continue;
+                    for (const double part : {0.21, 0.52, 0.83})
+                        RC_ASSERT(ShownAt(painted, {x + part, y + part}) != kNone);
+                }
+            }
+        },
+        150);
+}
+
+TEST(TraceRegions, BordersRunWhereSmoothedEdgesSay) {
+    constexpr double radius = 17.3;
+    constexpr double centre = 25.2;
+    const RGBQUAD colors[] = {{200, 40, 10, 0}, {30, 190, 250, 0}};
+    Labels labels(50, 50);
+    std::vector<RGBQUAD> source;
+    for (int y = 0; y < 50; ++y) {
+        for (int x = 0; x < 50; ++x) {
+            int inside = 0;
+            for (int k = 0; k < 256; ++k)
+                inside +=
+                    std::hypot(x + (k % 16 + 0.5) / 16 - centre, y + (k / 16 + 0.5) / 16 - centre) < radius
+                        ? 1
+                        : 0;
+            const auto mix = [&](int a, int b) {
+                return static_cast<BYTE>((a * (256 - inside) + b * inside) / 256);
+            };
+            source.push_back({mix(200, 30), mix(40, 190), mix(10, 250), 0});
+            labels.At(x, y) = inside >= 128 ? 1 : 0;
+        }
+    }
+    for (const bool soft : {false, true}) {
+        RegionOptions options;
+        if (soft) {
+            options.source = source;
+            options.colors = colors;
+        }
+        const auto painted = TraceRegions(labels.View(), options);
+        ASSERT_EQ(painted.size(), 2U);
+        EXPECT_EQ(painted[0].label, 0);  // the larger comes first, and is not cut out
+        EXPECT_EQ(painted[0].outlines.GetSize(), 1);
+        double worst = 0;
+        ForEachCubic(painted[1].outlines, [&](const CubicBits& c) {
+            for (double t = 0; t < 1; t += 0.05)
+                worst = std::max(
+                    worst,
+                    std::fabs(std::hypot(PointAt(c, t).x - centre, PointAt(c, t).y - centre) - radius));
+        });
+        EXPECT_LT(worst, soft ? 0.3 : 0.75);
+    }
+}
+
+struct SpeckCase {
+    std::vector<std::string> rows;
+    int minPoints;
+    std::vector<std::uint16_t> painted;  // labels in the order of painting
+};
+
+TEST(TraceRegions, GivesSpecksToTheirNeighboursAndPaintsLargeRegionsFirst) {
+    const SpeckCase cases[] = {
+        {{"0000", "0010", "0000"}, 6, {0}},
+        {{"0000", "0010", "0000"}, 3, {0, 1}},
+        {{"00000", "01100", "00000"}, 6, {0}},
+        {{"00000", "01110", "00000"}, 6, {0, 1}},
+        {{"1", "0", "2"}, 8, {}},           // all of it is too small
+        {{"....", ".1..", "...."}, 6, {}},  // nobody to give it to
+        {{"....", ".1..", "...."}, 0, {1}},
+        {{"22222", "20002", "20102", "20002", "22222"}, 0, {2, 0, 1}},
+        {{"0000000", "0111110", "0122210", "0121210", "0122210", "0111110", "0000000"}, 0, {0, 1, 2, 1}},
+        {{"10000", "01000", "00100", "00010", "00001"}, 6, {0, 1}},  // a thin diagonal hangs together
+        {{"1"}, 0, {1}},
+        {{"..", ".."}, 0, {}},
+    };
+    for (const SpeckCase& c : cases) {
+        std::vector<std::uint16_t> painted;
+        for (const PaintedRegions& regions : Trace(Labels(c.rows), RegionStyle::stacked, c.minPoints))
+            painted.push_back(regions.label);
+        EXPECT_EQ(painted, c.painted) << testing::PrintToString(c.rows);
+    }
+}
+
+TEST(TraceRegions, HolesThatShowTheGroundStayOpen) {
+    const Labels labels({"0000000", "0000000", "00...00", "001.100", "00...00", "0000000", "0000000"});
+    const auto painted = Trace(labels, RegionStyle::stacked);
+    EXPECT_EQ(ShownAt(painted, {3.5, 2.5}), kNone);
+    EXPECT_EQ(ShownAt(painted, {3.5, 3.5}), kNone);
+    EXPECT_EQ(ShownAt(painted, {2.5, 3.4}), 1);
+    EXPECT_EQ(ShownAt(painted, {0.5, 0.5}), 0);
+}
+
+TEST(TraceRegions, RefusesWhatDoesNotFit) {
+    const Labels labels({"01", "10"});
+    const std::vector<RGBQUAD> four(4);
+    const auto countOf = [&](LabelView view, RegionOptions options) {
+        return TraceRegions(view, options).size();
+    };
+    RegionOptions options;
+    options.minPoints = 0;
+    EXPECT_EQ(countOf(labels.View(), options), 2U);
+    EXPECT_EQ(countOf({}, options), 0U);
+    EXPECT_EQ(countOf({labels.labels.data(), INT32_MAX, INT32_MAX, 0}, options), 0U);
+    options.source = four;
+    EXPECT_EQ(countOf(labels.View(), options), 0U);
+    options.colors = std::span(four).first(1);
+    EXPECT_EQ(countOf(labels.View(), options), 0U);  // label 1 has no colour
+    options.colors = four;
+    EXPECT_EQ(countOf(labels.View(), options), 2U);
+    options.source = std::span(four).first(3);
+    EXPECT_EQ(countOf(labels.View(), options), 0U);
+    RegionOptions stopped;
+    stopped.progress = [](double) { return false; };
+    Labels noise(600, 600);
+    std::mt19937 random(3);
+    for (std::uint16_t& label : noise.labels) label = static_cast<std::uint16_t>(random() % 7);
+    stopped.minPoints = 0;
+    EXPECT_EQ(countOf(noise.View(), stopped), 0U);
+}
+
+constexpr RGBQUAD kWhite{255, 255, 255, 0};
+constexpr RGBQUAD kBlack{0, 0, 0, 0};
+constexpr RGBQUAD kGrey{128, 128, 128, 0};
+constexpr RGBQUAD kRed{0, 0, 220, 0};
+
+/// The labels of a row of pixels, repeated seven times downwards, all of which were reduced to label 0.
+std::vector<std::uint16_t> Restored(const std::vector<RGBQUAD>& row, std::vector<RGBQUAD>& colors,
+                                    std::size_t most) {
+    std::vector<RGBQUAD> source;
+    for (int y = 0; y < 7; ++y) source.insert(source.end(), row.begin(), row.end());
+    const std::vector<std::uint16_t> reduced(source.size(), 0);
+    const auto labels = RestoreThinFeatures(static_cast<int>(row.size()), source, reduced, colors, most);
+    const auto middle = labels.begin() + 3 * static_cast<std::ptrdiff_t>(row.size());
+    return {middle, middle + static_cast<std::ptrdiff_t>(row.size())};
+}
+
+TEST(RestoreThinFeatures, BringsLinesBackAndNotBlends) {
+    std::vector<RGBQUAD> colors{kWhite, kBlack, kGrey};
+    using Row = std::vector<std::uint16_t>;
+    const RGBQUAD light{200, 200, 200, 0};
+    const RGBQUAD dark{60, 60, 60, 0};
+    EXPECT_EQ(Restored({kWhite, kWhite, kBlack, kWhite, kWhite}, colors, 3), (Row{0, 0, 1, 0, 0}));
+    EXPECT_EQ(Restored({kWhite, kWhite, kGrey, kWhite, kWhite}, colors, 3), (Row{0, 0, 2, 0, 0}));
+    // A blend between white and black is no grey line.
+    EXPECT_EQ(Restored({kWhite, kWhite, kGrey, kBlack, kBlack, kBlack}, colors, 3)[2] == 2, false);
+    EXPECT_EQ(Restored({kWhite, light, dark, kBlack, dark, light, kWhite}, colors, 3),
+              (Row{0, 0, 1, 1, 1, 0, 0}));
+    EXPECT_EQ(colors.size(), 3U);
+    // A colour that no entry is near to is added if there is room.
+    EXPECT_EQ(Restored({kWhite, kWhite, kRed, kWhite, kWhite}, colors, 4), (Row{0, 0, 3, 0, 0}));
+    ASSERT_EQ(colors.size(), 4U);
+    EXPECT_EQ(colors[3].rgbRed, 220);
+}
+
+TEST(RestoreThinFeatures, LeavesWhatDoesNotFitAndWhatHasNoLabel) {
+    std::vector<RGBQUAD> colors{kWhite, kBlack};
+    const std::vector<RGBQUAD> source{kBlack, kBlack, kBlack, kWhite};
+    const std::vector<std::uint16_t> reduced{0, kNone, 1, 0};
+    const auto restored = [&](int width, std::span<const std::uint16_t> labels) {
+        return RestoreThinFeatures(width, source, labels, colors, 2);
+    };
+    EXPECT_EQ(restored(2, reduced), (std::vector<std::uint16_t>{1, kNone, 1, 0}));
+    EXPECT_EQ(restored(3, reduced), reduced);
+    EXPECT_EQ(restored(0, reduced), reduced);
+    EXPECT_EQ(restored(-1, reduced), reduced);
+    const std::vector<std::uint16_t> beyond{0, 2, 1, 0};
+    EXPECT_EQ(restored(2, beyond), beyond);
+    colors.clear();
+    EXPECT_EQ(restored(2, reduced), reduced);
+}
+
+}  // namespace
+}  // namespace tarvex
