@@ -7,13 +7,12 @@ root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 say() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }
 
-# The packages of a group and of the groups before it.
+# The packages of a group and of the groups that it builds on.
 packages_of() {
-    awk -v group="$1" '
-        /^#/ || NF < 2 { next }
-        found && $1 != group { exit }
-        { print $2; found = found || $1 == group }
-    ' "$root/scripts/packages.txt"
+    local base
+    base=$(awk -v group="$1" '$1 == group && $2 == ":" { print $3 }' "$root/scripts/packages.txt")
+    if [ -n "$base" ]; then packages_of "$base"; fi
+    awk -v group="$1" '$1 == group && $2 != ":" { print $2 }' "$root/scripts/packages.txt"
 }
 
 apt() {

@@ -19,6 +19,14 @@
 
 #include <ctime>
 
+// Keywords of sixteen-bit compilers, which Windows defines away and C++ has better uses for.
+#undef far
+#undef near
+#undef FAR
+#undef NEAR
+#define FAR
+#define NEAR
+
 #else
 
 #include <cstdint>

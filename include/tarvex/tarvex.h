@@ -9,6 +9,7 @@
 #include "tarvex/framework.h"
 #include "tarvex/geometry.h"
 #include "tarvex/matrices.h"
+#include "tarvex/module.h"
 #include "tarvex/nodes.h"
 #include "tarvex/platform.h"
 #include "tarvex/records.h"

@@ -150,8 +150,8 @@ class InsideLineCells {
 
     /// To be told of each cell that may have changed, when the walk is over.
     void Changed(POINT cell) {
-        for (int y = std::max(cell.y - 2, 0); y <= std::min(cell.y + 2, m_y); ++y) {
-            for (int x = std::max(cell.x - 2, 0); x <= cell.x + 2 && (y < m_y || x < m_x); ++x) {
+        for (int y = std::max<int>(cell.y - 2, 0); y <= std::min<int>(cell.y + 2, m_y); ++y) {
+            for (int x = std::max<int>(cell.x - 2, 0); x <= cell.x + 2 && (y < m_y || x < m_x); ++x) {
                 if (IsInsideLine(m_mat, x, y)) m_again.push(std::int64_t{y} * m_mat.SizeX() + x);
             }
         }

@@ -283,8 +283,8 @@ TEST(PolyPolyBezier, EnsureClosedAddsAStraightSegmentToOpenContoursOnly) {
         const char* what;
         std::vector<BPOINT> nodes, closed;
     };
-    const BPOINT near{{4, 4}, {0.5e-8, -0.5e-8}, {5, 5}, 9};
-    const BPOINT far{{4, 4}, {1e-8, 0}, {5, 5}, 9};
+    const BPOINT close{{4, 4}, {0.5e-8, -0.5e-8}, {5, 5}, 9};
+    const BPOINT apart{{4, 4}, {1e-8, 0}, {5, 5}, 9};
     const Case cases[] = {
         {"no node", {}, {}},
         {"one node", {leaving}, {leaving}},
@@ -292,9 +292,9 @@ TEST(PolyPolyBezier, EnsureClosedAddsAStraightSegmentToOpenContoursOnly) {
          {leaving, arriving},
          {{{0, 0}, {0, 0}, {1, 1}, 7}, {{9, 1}, {10, 0}, {10, 0}, 8}, {{0, 0}, {0, 0}, {0, 0}, 0}}},
         {"closed", {leaving, arriving, leaving}, {leaving, arriving, leaving}},
-        {"closed within the tolerance", {leaving, arriving, near}, {leaving, arriving, near}},
+        {"closed within the tolerance", {leaving, arriving, close}, {leaving, arriving, close}},
         {"open by just the tolerance",
-         {leaving, arriving, far},
+         {leaving, arriving, apart},
          {{{0, 0}, {0, 0}, {1, 1}, 7},
           arriving,
           {{4, 4}, {1e-8, 0}, {1e-8, 0}, 9},

@@ -220,7 +220,7 @@ TEST(BresenhamPoints, StayWithinHalfAPixelOfTheLine) {
         const int dx = b.x - a.x, dy = b.y - a.y;
         const int longer = std::max(std::abs(dx), std::abs(dy));
         ASSERT_EQ(static_cast<int>(pixels.size()), longer + 1);
-        EXPECT_EQ(pixels.back(), std::pair(b.x, b.y));
+        EXPECT_EQ(pixels.back(), (std::pair<int, int>(b.x, b.y)));
         for (const auto& [x, y] : pixels) {
             ASSERT_LE(2 * std::abs(dx * (y - a.y) - dy * (x - a.x)), longer);
         }

@@ -4,6 +4,7 @@
 #include "raster/plain_line_tracer.h"
 #include "support/ascii_raster.h"
 #include "support/property.h"
+#include "support/screen.h"
 #include "tarvex/raster.h"
 
 namespace tarvex {
@@ -141,6 +142,7 @@ TEST(ImgProc, WhiteIsWhatIsSetInABitmapThatItMakes) {
         EXPECT_EQ(GetPixel(dc.Get(), 1, 2), RGB(255, 255, 255));
         EXPECT_EQ(GetPixel(dc.Get(), 2, 1), RGB(0, 0, 0));
     }
+    if (!test::CanReadScreen()) return;
     const ScreenDC screen(GetDC(nullptr));
     SetPixel(screen.Get(), 2, 1, RGB(1, 2, 3));
     CImgProc::DumpBmp(bitmap.Get());

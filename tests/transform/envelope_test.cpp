@@ -159,10 +159,10 @@ double ArcPointByDefinition(const CEnvelop& e, const CArray<DPOINT, DPOINT>& arc
 
 TEST(Envelope, PassingOverSegmentsElsewhereNeverChangesTheAnswer) {
     test::ExpectLaw(
-        [](const std::array<std::int16_t, 10>& n, std::uint8_t far, std::int8_t bulge) {
+        [](const std::array<std::int16_t, 10>& n, std::uint8_t shift, std::int8_t bulge) {
             ENVELOP e = Generated(n);
             e.topMiddle *= bulge / 8.0;  // also arcs of more than half a circle, which double back
-            const double away = std::exp2(far % 40);
+            const double away = std::exp2(shift % 40);
             e.left += away;
             e.right += away;
             CEnvelop envelope;

@@ -14,9 +14,9 @@ using Taps = std::array<float, 4>;
 /// from before to after.
 Taps CubicWeights(float t) {
     const float a = -0.5f;
-    const auto near = [a](float d) { return ((a + 2) * d - (a + 3)) * d * d + 1; };
-    const auto far = [a](float d) { return ((a * d - 5 * a) * d + 8 * a) * d - 4 * a; };
-    return {far(1 + t), near(t), near(1 - t), far(2 - t)};
+    const auto inner = [a](float d) { return ((a + 2) * d - (a + 3)) * d * d + 1; };
+    const auto outer = [a](float d) { return ((a * d - 5 * a) * d + 8 * a) * d - 4 * a; };
+    return {outer(1 + t), inner(t), inner(1 - t), outer(2 - t)};
 }
 
 /// One phase of the enlargement: the source sample before the enlarged one, relative to the source
