@@ -36,7 +36,8 @@ class Digest {
   public:
     void Add(double v) {
         const auto bits = std::bit_cast<std::uint64_t>(v == 0 ? 0.0 : v);
-        for (int shift = 0; shift < 64; shift += 8) m_value = (m_value ^ (bits >> shift & 0xFF)) * 0x100000001B3u;
+        for (int shift = 0; shift < 64; shift += 8)
+            m_value = (m_value ^ (bits >> shift & 0xFF)) * 0x100000001B3u;
     }
     void Add(const DPOINT& p) { Add(p.x), Add(p.y); }
     void Add(const tagPOINT& p) { Add(static_cast<double>(p.x)), Add(static_cast<double>(p.y)); }
@@ -46,6 +47,12 @@ class Digest {
         for (int i = 0; i < all.GetSize(); ++i) Add(all.GetAt(i));
     }
     void Add(const CPolyPolyBezier& all) {
+        for (int i = 0; i < all.GetSize(); ++i) Add(*all.GetAt(i));
+    }
+    void Add(const CPolyPolyDPoint& all) {
+        for (int i = 0; i < all.GetSize(); ++i) Add(*all.GetAt(i));
+    }
+    void Add(const CPolyPolyInclination& all) {
         for (int i = 0; i < all.GetSize(); ++i) Add(*all.GetAt(i));
     }
     std::uint64_t Value() const { return m_value; }
@@ -118,6 +125,9 @@ void Geometry(const Figures& figures) {
     for (int i = 0; i < 40; ++i) zigzag.Add({i * 2.5, i % 2 * 10.0});
     GetPolyLineWithLineSegIntersection(zigzag, {{-3, 4.7}, {101, 5.9}}, hits);
     figures.Print("crossings", hits.GetSize(), DigestOf(hits));
+
+    const CPolyPolyDPoint offsets = ShrinkPolyline(zigzag, -1.5);
+    figures.Print("offset", offsets.GetSize(), DigestOf(offsets));
 }
 
 void Bezier(const Figures& figures) {
@@ -131,6 +141,16 @@ void Bezier(const Figures& figures) {
     figures.Print("fitting", fitted.GetSize(), DigestOf(fitted));
 }
 
+void Shaping(const Figures& figures) {
+    const char* const names[] = {"difference", "intersection", "exclusive or", "union"};
+    for (int op = 0; op < 4; ++op) {
+        CPolyPolyBezier a = Ring(0, 0, 1000);
+        CPolyPolyBezier b = Ring(700, 310, 900);
+        PolyPolyBezierShaping(op, a, b);
+        figures.Print(names[op], a.GetSize(), DigestOf(a));
+    }
+}
+
 void Tracing(const Figures& figures) {
     const HBITMAP picture = Picture(300);
     {
@@ -139,7 +159,36 @@ void Tracing(const Figures& figures) {
         tracer.DoTrace(outlines, 10);
         figures.Print("shape outlines", outlines.GetSize(), DigestOf(outlines));
     }
+    {
+        CSkeleton skeleton;
+        CPolyPolyBezier lines;
+        if (skeleton.InputMono(picture)) skeleton.Output(lines);
+        figures.Print("centre lines", lines.GetSize(), DigestOf(lines));
+    }
+    {
+        CAutoTrace tracer(picture, 96.0);
+        CPolyPolyInclination inclinations;
+        tracer.DoTrace(150, 150, &inclinations, 0, false, false, false);
+        figures.Print("break-up, rails", tracer.TracedLines().GetSize(), DigestOf(tracer.TracedLines()));
+        figures.Print("break-up, positions", inclinations.GetSize(), DigestOf(inclinations));
+    }
+    {
+        CColorReduction reduction(picture);
+        RGBQUAD palette[8] = {};
+        int count = 8;
+        reduction.DoColorReduction(palette, count, 0);
+        Digest digest;
+        for (int i = 0; i < count; ++i) digest.Add(tagPOINT{palette[i].rgbRed, palette[i].rgbBlue});
+        figures.Print("palette", count, digest.Value());
+    }
     DeleteObject(picture);
+}
+
+void Numbers(const Figures& figures) {
+    CRandomGenerator random(7);
+    Digest digest;
+    for (int i = 0; i < 1000; ++i) digest.Add(random.Random());
+    figures.Print("random numbers", 1000, digest.Value());
 }
 
 void Transforms(const Figures& figures) {
@@ -159,10 +208,12 @@ extern "C"
 #else
     __attribute__((visibility("default")))
 #endif
-    void CallFamilies(HostPrint print, void* context) {
+        void CallFamilies(HostPrint print, void* context) {
     const Figures figures(print, context);
     Geometry(figures);
     Bezier(figures);
     Transforms(figures);
+    Shaping(figures);
     Tracing(figures);
+    Numbers(figures);
 }
