@@ -114,7 +114,8 @@ void StrokeFitter::FindCorners(const Stroke& stroke, const Tuning& tuning) {
     m_breaks.clear();
     std::vector<std::size_t> corners;
     if (cycle.size() >= 4) {
-        m_chain.AssignLoop(cycle, contours::CornerFinder::MarginFor(static_cast<int>(cycle.size()), tuning.unit));
+        m_chain.AssignLoop(cycle,
+                           contours::CornerFinder::MarginFor(static_cast<int>(cycle.size()), tuning.unit));
         for (const contours::Corner& corner : m_finder.Find(m_chain, tuning))
             corners.push_back(static_cast<std::size_t>(corner.index));
     }
