@@ -45,11 +45,11 @@ DPOINT TakePoint(Input& input, int kind) {
 void Fit(Input& input, int kind) {
     const double error = TakeCoordinate(input, input.TakeBetween(0, 3));
     std::vector<DPOINT> points;
-    bool isFinite = true;
+    bool isModest = true;  // so that no distance overflows
     while (!input.Rest().empty() && points.size() < 4000) {
         // Now and then a point of another kind among its fellows.
         points.push_back(TakePoint(input, kind == 4 ? input.TakeBetween(0, 3) : kind));
-        isFinite = isFinite && std::isfinite(points.back().x) && std::isfinite(points.back().y);
+        isModest = isModest && std::fabs(points.back().x) < 1e100 && std::fabs(points.back().y) < 1e100;
     }
     const int n = static_cast<int>(points.size());
     CArray<BEZIER, BEZIER> segments;
@@ -59,8 +59,8 @@ void Fit(Input& input, int kind) {
     CArray<BPOINT, BPOINT> nodes;
     FitCurve(points.data(), n, &nodes, error);
     Require(nodes.GetSize() == (segments.IsEmpty() ? 0 : segments.GetSize() + 1), "a node for every joint");
-    if (!isFinite || n < 2 || n > 1000) return;  // there may be gaps
-    Require(!segments.IsEmpty(), "finite points are fitted");
+    if (!isModest || n < 2 || n > 1000) return;  // there may be gaps
+    Require(!segments.IsEmpty(), "modest points are fitted");
     Require(Same(segments[0].p0, points.front()), "the first point is the chain's");
     Require(Same(segments[segments.GetUpperBound()].p3, points.back()), "the last point is the chain's");
     for (int i = 0; i < segments.GetSize(); ++i) {
