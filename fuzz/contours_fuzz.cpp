@@ -78,8 +78,8 @@ void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture
     Require(anchors.left > -margin && anchors.right < picture.width + margin && anchors.top > -margin &&
                 anchors.bottom < picture.height + margin,
             "anchors lie in the picture, or beside it");
-    // As far from its points as it likes, an outline may be a line there and back.
-    Require(tolerance > 1 || (all.right > all.left && all.bottom > all.top), "an outline has area");
+    // A sliver thinner than the tolerance may become a line there and back.
+    Require(tolerance > 1 || all.right > all.left || all.bottom > all.top, "an outline is no point");
 }
 
 }  // namespace
