@@ -62,7 +62,7 @@ struct Box {
     }
 };
 
-void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture, double tolerance) {
+void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture) {
     const int last = contour.GetUpperBound();
     Require(last >= 1, "an outline has a segment");
     Require(contour[0].pt.x == contour[last].pt.x && contour[0].pt.y == contour[last].pt.y,
@@ -78,8 +78,7 @@ void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture
     Require(anchors.left > -margin && anchors.right < picture.width + margin && anchors.top > -margin &&
                 anchors.bottom < picture.height + margin,
             "anchors lie in the picture, or beside it");
-    // A sliver thinner than the tolerance may become a line there and back.
-    Require(tolerance > 1 || all.right > all.left || all.bottom > all.top, "an outline is no point");
+    Require(all.right > all.left && all.bottom > all.top, "an outline has area");
 }
 
 }  // namespace
@@ -102,6 +101,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         drawing.view.width > 0 && drawing.view.height > 0 && options.detail >= 1 && options.detail <= 16;
     Require(TraceOutlines(drawing.view, options, out) == can, "only what is documented is refused");
     Require(can || out.IsEmpty(), "a refusal leaves nothing");
-    for (int i = 0; i < out.GetSize(); ++i) CheckContour(out[i], drawing.view, options.tolerance);
+    for (int i = 0; i < out.GetSize(); ++i) CheckContour(out[i], drawing.view);
     return 0;
 }

@@ -69,7 +69,8 @@ struct OutlineOptions {
 
 /// Traces all outlines of the shape. `out` is emptied first; every contour in it is closed (its last
 /// anchor is its first again), corners have independent handles, smooth nodes have handles in one
-/// line, straight segments have none.
+/// line, straight segments have none. Every contour encloses an area: one that a generous tolerance
+/// would reduce to a line there and back stays the polygon of its points.
 ///
 /// Shapes that touch the picture's edge are closed along it. Where pixels of the shape touch by a
 /// corner only, the side that is rarer in the 4 x 4 pixels around hangs together; in a tie the shape

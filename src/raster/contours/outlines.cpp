@@ -2,11 +2,15 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <span>
+#include <utility>
+#include <vector>
 
 #include "raster/contours/enlarge.h"
 #include "raster/contours/level_set.h"
 #include "raster/contours/outline_fitter.h"
 #include "tarvex/contours.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex {
 
@@ -17,6 +21,33 @@ using namespace contours;
 constexpr int largestDetail = 16;
 constexpr std::size_t mostPoints = INT32_MAX / 2;  // of an outline, so that its chain can be indexed
 constexpr int longestSide = INT32_MAX - 2 * ShapeMask::margin;  // so that columns can be counted with it
+
+/// Whether a contour encloses anything: not so a line there and back.
+bool HasArea(const CArray<BPOINT, BPOINT>& contour) {
+    const std::span nodes(contour.GetData(), static_cast<std::size_t>(contour.GetSize()));
+    DRECT frame;
+    if (!GetBezierFrame(nodes, frame)) return false;
+    const double side = std::max(frame.right - frame.left, frame.bottom - frame.top);
+    constexpr double leastPart = 1e-9;
+    return std::fabs(GetBezierArea(nodes)) > leastPart * side * side;
+}
+
+std::vector<Cubic> PolygonOf(const std::vector<Crossing>& points) {
+    std::vector<Cubic> edges;
+    edges.reserve(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Crossing to = points[i + 1 < points.size() ? i + 1 : 0];
+        edges.push_back({points[i], points[i], to, to});
+    }
+    return edges;
+}
+
+/// The fitted outline, or the polygon of its points where the fit is a line there and back.
+std::unique_ptr<CArray<BPOINT, BPOINT>> OutlineOf(const std::vector<Crossing>& points, OutlineFitter& fitter,
+                                                  double scale) {
+    auto contour = ToContour(fitter.FitLoop(points), scale);
+    return HasArea(*contour) ? std::move(contour) : ToContour(PolygonOf(points), scale);
+}
 
 /// Traces a picture that has been enlarged `detail` times; `out` is in the caller's own pixels.
 bool Trace(const GreyView& picture, const OutlineOptions& options, bool soft, CPolyPolyBezier& out) {
@@ -35,7 +66,7 @@ bool Trace(const GreyView& picture, const OutlineOptions& options, bool soft, CP
         }
         if (static_cast<double>(points.size()) * scale <= static_cast<double>(least)) continue;
         if (points.size() > mostPoints) AfxThrowMemoryException();
-        contours.push_back(ToContour(fitter.FitLoop(points), scale));
+        contours.push_back(OutlineOf(points, fitter, scale));
     }
     out.SetSize(static_cast<int>(contours.size()));
     for (std::size_t i = 0; i < contours.size(); ++i) out.SetAt(static_cast<int>(i), contours[i].release());

@@ -2,6 +2,7 @@
 // sharp.
 #include "support/precompiled.h"
 
+#include <array>
 #include <set>
 
 #include "raster/contours/level_set.h"
@@ -9,6 +10,7 @@
 #include "support/property.h"
 #include "tarvex/bezier.h"
 #include "tarvex/contours.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex {
 namespace {
@@ -340,20 +342,24 @@ TEST(Outlines, FilledCoverThePixelsOfTheShape) {
     }
 }
 
-TEST(Outlines, OfAnyPictureAreClosedFiniteAndInsideIt) {
+TEST(Outlines, OfAnyPictureAreClosedFiniteInsideItAndHaveArea) {
     std::mt19937 random(11);
     for (int round = 0; round < 60; ++round) {
         const GreyPicture picture = RandomPicture(random, round % 3 == 0 ? 2 : 256);
         OutlineOptions options;
         options.minPoints = round % 2 == 0 ? 0 : 6;
         options.detail = 1 + round % 4;
-        options.tolerance = round % 5 == 0 ? 3.0 : 0.0;
+        options.tolerance = std::array{0.0, 3.0, 0.0, 1e9, 0.0}[static_cast<std::size_t>(round % 5)];
         options.side = round % 7 < 3 ? ShapeSide::dark : ShapeSide::light;
         const CPolyPolyBezier out = Trace(picture, options);
         for (int c = 0; c < out.GetSize(); ++c) {
             const Contour& contour = out[c];
             ASSERT_GE(contour.GetSize(), 2);
             EXPECT_TRUE(contour[0].pt == contour[contour.GetSize() - 1].pt);
+            EXPECT_GT(
+                std::fabs(GetBezierArea({contour.GetData(), static_cast<std::size_t>(contour.GetSize())})),
+                1e-6)
+                << "round " << round;
             for (int i = 0; i < contour.GetSize(); ++i) {
                 const DPOINT p = contour[i].pt;
                 ASSERT_TRUE(p.x > -1.5 && p.x < picture.width + 1.5 && p.y > -1.5 &&
