@@ -47,19 +47,47 @@ bool IsReadable(const GreyView& picture) {
     return picture.levels != nullptr && picture.width > 0 && picture.height > 0;
 }
 
-BitPlane MaskOf(const GreyView& picture, const CentreLineOptions& options) {
-    const int threshold = options.threshold ? *options.threshold : OtsuThreshold(CountLevels(picture));
-    const ShapeSide side = options.side ? *options.side : FindShapeSide(picture, threshold);
+/// The lightest level that is dark, and which side of it is drawn.
+struct Division {
+    int threshold;
+    ShapeSide side;
+};
+
+Division Divide(const GreyView& picture, const GreyHistogram& levels, const CentreLineOptions& options) {
+    const int threshold = options.threshold ? *options.threshold : OtsuThreshold(levels);
+    return {threshold, options.side ? *options.side : FindShapeSide(picture, threshold)};
+}
+
+BitPlane MaskOf(const GreyView& picture, const Division& division) {
     BitPlane mask(picture.width, picture.height);
     for (int y = 0; y < picture.height; ++y) {
         const std::uint8_t* levels = picture.Row(y);
         std::uint64_t* words = mask.Row(y);
         for (int x = 0; x < picture.width; ++x) {
-            const bool isDark = levels[x] <= threshold;
-            if (isDark == (side == ShapeSide::dark)) words[x / 64] |= std::uint64_t{1} << (x % 64);
+            const bool isDark = levels[x] <= division.threshold;
+            if (isDark == (division.side == ShapeSide::dark)) words[x / 64] |= std::uint64_t{1} << (x % 64);
         }
     }
     return mask;
+}
+
+/// The middle one of the levels from `first` to `last`.
+double MiddleLevel(const GreyHistogram& levels, int first, int last) {
+    std::uint64_t all = 0;
+    for (int level = first; level <= last; ++level) all += levels[static_cast<std::size_t>(level)];
+    std::uint64_t below = 0;
+    int level = first;
+    while (level < last && 2 * (below += levels[static_cast<std::size_t>(level)]) < all) ++level;
+    return level;
+}
+
+skeleton::ShapeGreys GreysFor(const GreyView& picture, const GreyHistogram& levels,
+                              const Division& division) {
+    const int most = std::clamp(division.threshold, 0, 254);
+    const double dark = MiddleLevel(levels, 0, most);
+    const double light = MiddleLevel(levels, most + 1, 255);
+    const bool isDark = division.side == ShapeSide::dark;
+    return {picture, isDark ? light : dark, isDark ? dark : light};
 }
 
 /// From pixels' columns and rows to the picture's coordinates.
@@ -104,7 +132,9 @@ bool CImageTrace::DoTrace(const CentreLineOptions& options, CPolyPolyBezier& str
     const GreyView& picture = m_picture->view;
     const auto goOn = [&options](double part) { return !options.progress || options.progress(part); };
     if (!IsReadable(picture)) return false;
-    BitPlane mask = MaskOf(picture, options);
+    const GreyHistogram levels = CountLevels(picture);
+    const Division division = Divide(picture, levels, options);
+    BitPlane mask = MaskOf(picture, division);
     centerline::RemoveSpecks(mask, options.speckPixels);
     if (!goOn(0.1)) return false;
 
@@ -113,9 +143,10 @@ bool CImageTrace::DoTrace(const CentreLineOptions& options, CPolyPolyBezier& str
     skeleton::Thin(lines, distances);
     if (!goOn(0.7)) return false;
 
+    const skeleton::ShapeGreys greys = GreysFor(picture, levels, division);
     const centerline::StrokeRules rules{options.minBranch, options.joinStrokes};
     const std::vector<centerline::Stroke> found =
-        centerline::FindStrokes(skeleton::FindLines(lines, mask, distances), rules);
+        centerline::FindStrokes(skeleton::FindLines(lines, mask, distances, &greys), mask, rules);
     if (!goOn(0.8)) return false;
 
     centerline::StrokeFitter fitter(options.tolerance, centerline::StrokeEnds::straightened);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <optional>
 
 #include "bezier/vector.h"
@@ -24,10 +25,22 @@ using contours::Tuning;
 constexpr double kFarthest = 2;  // times the tolerance: a single point of a straight line
 constexpr double kBulge = 0.6;   // times the tolerance: the middle of a straight line
 
+constexpr double kLeastWidthReach = 8;  // points on either side that tell a width
+constexpr double kWidthReach = 4;       // the same, in half widths
+constexpr double kPixelMore = 0.6;      // half a pixel and a bit
+
 double MedianOf(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
+}
+
+/// The mean of the half widths that differ from the middle one by no more than a run of pixels that is one
+/// longer.
+double CommonHalfWidth(std::vector<double> radii) {
+    const double middle = MedianOf(radii);
+    std::erase_if(radii, [middle](double radius) { return std::fabs(radius - middle) > kPixelMore; });
+    return std::accumulate(radii.begin(), radii.end(), 0.0) / static_cast<double>(radii.size());
 }
 
 /// To the line's one side positive, to the other negative.
@@ -192,16 +205,13 @@ void StrokeFitter::FitPieces(const Tuning& tuning) {
     }
 }
 
-/// The widths at the ends of the segments, each where it lies along the stroke, as the mean of what is a
-/// half width or so to either side.
+/// The widths at the ends of the segments, each where it lies along the stroke, as the common one a few half
+/// widths to either side: single runs of pixels are off by a pixel, and beside a junction they are longer
+/// than the stroke is wide.
 std::vector<double> StrokeFitter::WidthsAtJoints() const {
     const std::size_t n = m_points.size();
     std::vector<double> along(n);
-    std::vector<double> sums(n + 1);
-    for (std::size_t i = 0; i < n; ++i) {
-        if (i > 0) along[i] = along[i - 1] + Distance(m_points[i], m_points[i - 1]);
-        sums[i + 1] = sums[i] + m_radii[i];
-    }
+    for (std::size_t i = 1; i < n; ++i) along[i] = along[i - 1] + Distance(m_points[i], m_points[i - 1]);
     std::vector<double> joints{0};
     for (const Cubic& c : m_cubics) {
         const double hull = Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3);
@@ -212,10 +222,10 @@ std::vector<double> StrokeFitter::WidthsAtJoints() const {
     for (const double joint : joints) {
         const auto found = std::lower_bound(along.begin(), along.end(), joint * scale);
         const auto i = std::min(static_cast<std::size_t>(found - along.begin()), n - 1);
-        const auto reach = static_cast<std::size_t>(std::max(3.0, m_radii[i]));
-        const std::size_t first = i > reach ? i - reach : 0;
-        const std::size_t end = std::min(i + reach + 1, n);
-        widths.push_back(2 * (sums[end] - sums[first]) / static_cast<double>(end - first));
+        const auto reach = static_cast<std::size_t>(std::max(kLeastWidthReach, kWidthReach * m_radii[i]));
+        const auto at = [&](std::size_t k) { return m_radii.begin() + static_cast<std::ptrdiff_t>(k); };
+        widths.push_back(2 *
+                         CommonHalfWidth({at(i > reach ? i - reach : 0), at(std::min(i + reach + 1, n))}));
     }
     return widths;
 }

@@ -20,7 +20,9 @@ struct StrokeRules {
     bool joinsStraight = true;  ///< strokes run on through junctions
 };
 
-/// Joins the lines that continue each other through junctions and leaves out what a junction bends.
-std::vector<Stroke> FindStrokes(const skeleton::LineGraph& graph, const StrokeRules& rules);
+/// Joins the lines that continue each other through junctions and leaves out what a junction bends. `shape`
+/// is what the graph is the skeleton of.
+std::vector<Stroke> FindStrokes(const skeleton::LineGraph& graph, const skeleton::BitPlane& shape,
+                                const StrokeRules& rules);
 
 }  // namespace tarvex::centerline

@@ -9,8 +9,9 @@
 // the nearest pixel there, which on a slanted edge lies nearer than the edge does on average. So middle and
 // width are taken from the run of pixels that crosses the line at a pixel, in its row or column, whichever
 // the line is steeper to: the middle of the run, and its length times the cosine of the slant. Their means
-// along a line are the stroke's own (Cavalieri). In junctions, where runs are as long as other strokes, the
-// distance has to do.
+// along a line are the stroke's own (Cavalieri). Where greys tell how much of a pixel is drawn, the run is
+// weighed by them, with its fading ends, and single runs are as exact as means. In junctions, where runs are
+// as long as other strokes, the distance has to do.
 //
 // A free end is set back from the tip, where the line's direction leaves the shape, by the half width, so a
 // round end drawn there reaches as far as the stroke did, whether its end was round or not.
@@ -27,15 +28,16 @@ namespace tarvex::skeleton {
 namespace {
 
 constexpr int kReach = 5;            // pixels on either side that tell a line's direction
-constexpr double kMostShift = 1;     // a skeleton's pixel is no farther from its run's middle
+constexpr int kFade = 3;             // pixels over which greys fade
+constexpr int kMostShift = 1;        // a skeleton's pixel is no farther from its run's middle
 constexpr double kMostEndShift = 4;  // of free ends, in pixels
 constexpr int kWidestJunction = 5;   // pixels across a group of junction pixels that is one node
 
 /// What the shape is like around a pixel.
 class Surroundings {
   public:
-    Surroundings(const BitPlane& shape, const DistanceMap& distances)
-        : m_shape(shape), m_distances(distances) {}
+    Surroundings(const BitPlane& shape, const DistanceMap& distances, const ShapeGreys* greys)
+        : m_shape(shape), m_distances(distances), m_greys(greys) {}
 
     double AtPixel(int x, int y) const {
         return IsShape(x, y) ? std::sqrt(static_cast<double>(m_distances.At(m_shape.At(x, y)))) : 0;
@@ -53,15 +55,53 @@ class Surroundings {
         return count;
     }
 
+    /// Where the middle of a run lies, from the pixel that it is given around, and how long it is.
+    struct Extent {
+        double middle;
+        double length;
+    };
+
+    /// The run of a pixel that has so many of the shape before and behind it in a direction.
+    Extent Weigh(int x, int y, int dx, int dy, int behind, int ahead) const {
+        const Extent whole{(ahead - behind) / 2.0, ahead + behind + 1.0};
+        if (m_greys == nullptr) return whole;
+        double sum = 0;
+        double moment = 0;
+        const auto add = [&](int at, double part) {
+            sum += part;
+            moment += part * at;
+        };
+        for (int at = -behind; at <= ahead; ++at) {
+            const bool isInner = at - kFade >= -behind && at + kFade <= ahead;
+            add(at, isInner ? 1 : m_greys->PartAt(x + at * dx, y + at * dy));
+        }
+        for (const int outwards : {-1, 1}) {
+            int at = outwards < 0 ? -behind : ahead;
+            double former = m_greys->PartAt(x + at * dx, y + at * dy);
+            for (int k = 0; k < kFade; ++k) {
+                at += outwards;
+                const int u = x + at * dx;
+                const int v = y + at * dy;
+                if (u < 0 || v < 0 || u >= m_shape.Width() || v >= m_shape.Height() || IsShape(u, v)) break;
+                const double part = m_greys->PartAt(u, v);
+                if (part >= former) break;
+                add(at, part);
+                former = part;
+            }
+        }
+        return sum > 0 ? Extent{moment / sum, sum} : whole;
+    }
+
   private:
     const BitPlane& m_shape;
     const DistanceMap& m_distances;
+    const ShapeGreys* m_greys;
 };
 
 class GraphBuilder {
   public:
-    GraphBuilder(const BitPlane& lines, const BitPlane& shape, const DistanceMap& distances)
-        : m_lines(lines), m_field(shape, distances), m_walked(lines.Width(), lines.Height()) {}
+    GraphBuilder(const BitPlane& lines, const Surroundings& field)
+        : m_lines(lines), m_field(field), m_walked(lines.Width(), lines.Height()) {}
 
     LineGraph Build() {
         CollectNodePixels();
@@ -289,15 +329,16 @@ class GraphBuilder {
         const int ahead = m_field.RunFrom(x, y, dx, dy, most);
         const int behind = m_field.RunFrom(x, y, -dx, -dy, most);
         const double length = Length(along);
-        const double shift = (ahead - behind) / 2.0;
-        if (length == 0 || ahead == most || behind == most || std::fabs(shift) > kMostShift) {
+        const bool isCut = length == 0 || ahead == most || behind == most;
+        if (isCut || std::abs(ahead - behind) > 2 * kMostShift) {
             line.points.push_back(here);
             line.radii.push_back(std::max(0.5, distance - 0.25));
             return;
         }
-        line.points.push_back({here.x + dx * shift, here.y + dy * shift});
+        const Surroundings::Extent run = m_field.Weigh(x, y, dx, dy, behind, ahead);
+        line.points.push_back({here.x + dx * run.middle, here.y + dy * run.middle});
         const double cosine = (isSteep ? std::fabs(along.y) : std::fabs(along.x)) / length;
-        line.radii.push_back(std::max(0.5, (ahead + behind + 1) * cosine / 2));
+        line.radii.push_back(std::max(0.5, run.length * cosine / 2));
     }
 
     static DPOINT PlaceAt(const Line& line, const std::vector<DPOINT>& places, std::ptrdiff_t i) {
@@ -315,8 +356,9 @@ class GraphBuilder {
 
 }  // namespace
 
-LineGraph FindLines(const BitPlane& lines, const BitPlane& shape, const DistanceMap& distances) {
-    return GraphBuilder(lines, shape, distances).Build();
+LineGraph FindLines(const BitPlane& lines, const BitPlane& shape, const DistanceMap& distances,
+                    const ShapeGreys* greys) {
+    return GraphBuilder(lines, Surroundings(shape, distances, greys)).Build();
 }
 
 }  // namespace tarvex::skeleton

@@ -165,7 +165,7 @@ bool CSkeleton::Output(CPolyPolyBezier& out) {
     centerline::StrokeFitter fitter(kOutputTolerance, centerline::StrokeEnds::kept);
     ContourAppender appender(static_cast<COwningList<CArray<BPOINT, BPOINT>>&>(out));
     for (const centerline::Stroke& stroke :
-         centerline::FindStrokes(skeleton::FindLines(*m_mask->lines, shape, distances), rules)) {
+         centerline::FindStrokes(skeleton::FindLines(*m_mask->lines, shape, distances), shape, rules)) {
         const centerline::FittedStroke fitted = fitter.Fit(stroke);
         auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
         AppendAll(*contour, fitted.nodes);
