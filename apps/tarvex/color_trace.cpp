@@ -24,6 +24,7 @@ struct Labelled {
     std::vector<std::uint16_t> labels;
     std::vector<RGBQUAD> colors;
     std::vector<RGBQUAD> source;
+    std::vector<std::uint8_t> opacity;
 };
 
 Labelled LabelledOf(const IndexedPicture& reduced, const Picture& picture, int mostColors) {
@@ -35,8 +36,13 @@ Labelled LabelledOf(const IndexedPicture& reduced, const Picture& picture, int m
     for (const std::uint8_t index : reduced.indices)
         labels.push_back(index < reduced.OpaqueColors() ? index : NO_LABEL);
     labelled.source.reserve(reduced.indices.size());
+    labelled.opacity.reserve(reduced.indices.size());
     for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) labelled.source.push_back(Quad(picture.At(x, y)));
+        for (int x = 0; x < picture.width; ++x) {
+            const Rgba pixel = picture.At(x, y);
+            labelled.source.push_back(Quad(pixel));
+            labelled.opacity.push_back(pixel.alpha);
+        }
     }
     labelled.labels = RestoreThinFeatures(reduced.width, labelled.source, labels, labelled.colors,
                                           static_cast<std::size_t>(mostColors));
@@ -68,6 +74,7 @@ int RunColorTrace(const ColorTraceOptions& options) {
     if (options.minPoints) regionOptions.minPoints = *options.minPoints;
     regionOptions.source = labelled.source;
     regionOptions.colors = labelled.colors;
+    regionOptions.opacity = labelled.opacity;
     std::vector<PaintedRegions> regions;
     {
         Progress progress("tracing");

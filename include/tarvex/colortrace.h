@@ -37,7 +37,9 @@ struct LabelView {
 
 enum class RegionStyle {
     /// Regions run on beneath the ones painted after them, so that smoothed edges blend the two colours and
-    /// nothing else. Contours are to be filled by the nonzero rule.
+    /// nothing else. Contours are to be filled by the nonzero rule. Whatever the renderer, no pixel with
+    /// regions all around it shows the background: some layer covers it as a whole, if need be the first one,
+    /// to which polygons along the pixels are then added.
     stacked,
     /// Regions end at their borders: they neither overlap nor leave gaps, to the last bit of their
     /// coordinates. Either fill rule will do.
@@ -56,6 +58,9 @@ struct RegionOptions {
     /// where an edge is smoothed, a pixel's colour tells how much of it is on either side. Both or neither.
     std::span<const RGBQUAD> source;
     std::span<const RGBQUAD> colors;
+    /// How opaque the picture's pixels are, as many as of `source`, 0 to 255, by which borders to pixels
+    /// without a label are placed in the same way. May be empty.
+    std::span<const std::uint8_t> opacity;
     /// Called now and then with the part done, 0 to 1; tracing stops when it returns false.
     std::function<bool(double)> progress;
 };

@@ -27,7 +27,6 @@ class Placer {
     /// How far the point on the side that leaves corner (x, y) lies from the middle, across the side: to the
     /// right or downwards.
     double Shift(int x, int y, int heading) const {
-        if (m_options.source.empty()) return 0;
         const bool upright = heading == south || heading == north;
         if (heading == west) --x;
         if (heading == north) --y;
@@ -36,20 +35,38 @@ class Placer {
         const int beforeY = upright ? y : y - 1;
         const RegionId before = m_map.At(beforeX, beforeY);
         const RegionId behind = m_map.At(x, y);
-        if (before == ground || behind == ground) return 0;
+        if (before == ground || behind == ground)
+            return ShiftAtGround(beforeX, beforeY, before == ground, x, y);
+        if (m_options.source.empty()) return 0;
         const RGBQUAD& from = m_options.colors[m_map.LabelOf(before)];
         const RGBQUAD& to = m_options.colors[m_map.LabelOf(behind)];
         const double a = ShareOf(SourceAt(beforeX, beforeY), from, to);
         const double b = ShareOf(SourceAt(x, y), from, to);
+        return HalfWay(a, b);
+    }
+
+  private:
+    /// Where, between two pixels' centres, a share that goes from a to b is one half; from the middle.
+    static double HalfWay(double a, double b) {
         if (!(b - a > 0.1)) return 0;
         return std::clamp((0.5 - a) / (b - a), nearestCentre, 1 - nearestCentre) - 0.5;
     }
 
-  private:
-    const RGBQUAD& SourceAt(int x, int y) const {
-        return m_options.source[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_map.Width()) +
-                                static_cast<std::size_t>(x)];
+    /// The same between a region and the ground, by how opaque the two pixels are.
+    double ShiftAtGround(int beforeX, int beforeY, bool groundIsBefore, int x, int y) const {
+        if (m_options.opacity.empty() || beforeX < 0 || beforeY < 0 || x == m_map.Width() ||
+            y == m_map.Height())
+            return 0;
+        const double before = m_options.opacity[Index(beforeX, beforeY)] / 255.0;
+        const double behind = m_options.opacity[Index(x, y)] / 255.0;
+        return groundIsBefore ? HalfWay(before, behind) : HalfWay(1 - before, 1 - behind);
     }
+
+    std::size_t Index(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_map.Width()) +
+               static_cast<std::size_t>(x);
+    }
+    const RGBQUAD& SourceAt(int x, int y) const { return m_options.source[Index(x, y)]; }
 
     /// 0 at `from` and 1 at `to`.
     static double ShareOf(const RGBQUAD& c, const RGBQUAD& from, const RGBQUAD& to) {

@@ -11,7 +11,8 @@
 // contour then visits the junction itself, so that its winding is never less than 1 there and the nonzero
 // rule fills it all.
 //
-// Holes that hold nothing but regions that come later are left out altogether.
+// Holes that hold nothing but regions that come later are left out altogether. Where there is no room to run
+// on, the underlay keeps the background from showing.
 #include "tarvex/colortrace.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@
 #include "raster/contours/border_fit.h"
 #include "raster/contours/outline_fitter.h"
 #include "raster/contours/region_order.h"
+#include "raster/contours/underlay.h"
 
 namespace tarvex {
 
@@ -255,10 +257,11 @@ bool IsUsable(const LabelView& picture, const RegionOptions& options) {
     if (picture.labels == nullptr || picture.width <= 0 || picture.height <= 0) return false;
     if ((std::int64_t{picture.width} + 1) * (std::int64_t{picture.height} + 1) > mostCorners) return false;
     if (options.source.empty() != options.colors.empty()) return false;
+    const std::size_t pixels =
+        static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
+    if (!options.opacity.empty() && options.opacity.size() != pixels) return false;
     if (options.source.empty()) return true;
-    if (options.source.size() !=
-        static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height))
-        return false;
+    if (options.source.size() != pixels) return false;
     for (int y = 0; y < picture.height; ++y) {
         const std::uint16_t* row = picture.Row(y);
         if (std::any_of(row, row + picture.width, [&](std::uint16_t label) {
@@ -277,6 +280,20 @@ std::vector<std::vector<RegionId>> ByLabel(const RegionMap& map) {
     return ofLabel;
 }
 
+using Contours = std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>>;
+
+void AddUnderlay(const RegionMap& map, const Borders& borders, Contours& out) {
+    for (const std::vector<Crossing>& polygon : FindUnderlay(map, borders)) {
+        std::vector<Cubic> edges;
+        Crossing from = polygon.back();
+        for (const Crossing& to : polygon) {
+            edges.push_back({from, from, to, to});
+            from = to;
+        }
+        out.push_back(ToContour(edges, 1));
+    }
+}
+
 }  // namespace
 
 std::vector<PaintedRegions> TraceRegions(const LabelView& picture, const RegionOptions& options) {
@@ -291,6 +308,7 @@ std::vector<PaintedRegions> TraceRegions(const LabelView& picture, const RegionO
     std::vector<PaintedRegions> out;
     for (const auto& batch : isStacked ? PaintingOrder(map, borders, regions) : ByLabel(map)) {
         std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
+        if (isStacked && out.empty()) AddUnderlay(map, borders, contours);
         for (const RegionId region : batch) painter.AddRegion(region, contours);
         PaintedRegions painted;
         painted.label = map.LabelOf(batch.front());
