@@ -54,8 +54,8 @@ void AddBreakUpCommand(CLI::App& program, Action& action) {
         ->check(FileName())
         ->required()
         ->type_name("OUT");
-    command->add_option("--format", arguments->format, "svg, satin, json or png, whatever OUT's ending")
-        ->type_name("FORMAT");
+    command->add_option("--format", arguments->format, "Kind of output (default: by OUT's ending, SVG for -)")
+        ->type_name("svg|satin|json|png");
     command->add_option("--json", options.json, "Also write everything to this JSON file")
         ->check(FileName())
         ->type_name("FILE");

@@ -5,7 +5,9 @@
 #include <charconv>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,9 +20,40 @@ namespace tarvex::app {
 namespace {
 
 constexpr const char* DESCRIPTION =
-    "Traces pictures to Bezier outlines, reduces their colours, and bends, turns and measures drawings.\n"
+    "Traces pictures to Bezier outlines, combines, bends, turns and measures drawings, and breaks filled\n"
+    "shapes up into columns that can be stitched.\n"
+    "\n"
+    "Pictures are PNG, JPEG, BMP or PNM; drawings are SVG. The name - stands for standard input or output.\n"
     "\n"
     "Exit status: 0 done, 1 nothing found, 2 wrong usage, 3 a file cannot be read or written.";
+
+constexpr const char* EXAMPLES =
+    "Examples:\n"
+    "\n"
+    "  tarvex trace picture.png -o outlines.svg\n"
+    "  tarvex trace picture.png -o regions.svg --mode color --colors 6\n"
+    "  tarvex text 'Hello' -o text.svg --size 160 --bold\n"
+    "  tarvex shape union outlines.svg text.svg -o both.svg\n"
+    "  tarvex breakup picture.png -o columns.svg\n"
+    "  tarvex info both.svg\n";
+
+/// Help whose lines fit beside each other in a terminal; the parser indents what follows a line's end.
+class HelpInLines : public CLI::Formatter {
+  public:
+    std::string make_option_desc(const CLI::Option* option) const override {
+        constexpr std::size_t width = 100;
+        std::istringstream words(option->get_description());
+        std::string lines;
+        std::size_t column = get_column_width();
+        for (std::string word; words >> word; column += word.size() + 1) {
+            const bool fits = column + word.size() <= width;
+            if (!lines.empty()) lines += fits ? ' ' : '\n';
+            if (!fits) column = get_column_width();
+            lines += word;
+        }
+        return lines;
+    }
+};
 
 int Fail(ExitStatus status, std::string line) {
     for (char& c : line) {
@@ -71,6 +104,8 @@ int Run(const Action& action) {
 
 }  // namespace
 
+const char* const VERSION = TARVEX_VERSION;
+
 CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most) {
     const auto check = [least, most](const std::string& text) {
         std::uint64_t number = 0;
@@ -87,7 +122,7 @@ CLI::Validator FileName() {
     const auto check = [](const std::string& text) {
         return text.empty() ? std::string("the file's name is empty") : std::string();
     };
-    return CLI::Validator(check, "");
+    return CLI::Validator(check, "", FILE_CHECK);
 }
 
 void AddMaxPixels(CLI::App& command, std::uint64_t& maxPixels) {
@@ -112,12 +147,12 @@ void AddAutoOrInteger(CLI::App& command, const std::string& name, std::optional<
         ->type_name("auto|" + std::to_string(least) + ".." + std::to_string(most));
 }
 
-int RunProgram(int argc, const char* const* argv) {
-    RemoveOutputOnInterrupt();
-    CLI::App program(DESCRIPTION, "tarvex");
-    program.set_version_flag("--version", std::string("tarvex ") + TARVEX_VERSION);
+void DefineProgram(CLI::App& program, Action& action) {
+    program.name("tarvex");
+    program.description(DESCRIPTION);
+    program.set_version_flag("--version", std::string("tarvex ") + VERSION);
     program.require_subcommand(1);
-    Action action;
+    program.formatter(std::make_shared<HelpInLines>());
     AddTraceCommand(program, action);
     AddReduceCommand(program, action);
     AddTransformCommand(program, action);
@@ -128,6 +163,14 @@ int RunProgram(int argc, const char* const* argv) {
     AddBreakUpCommand(program, action);
     AddShapeCommand(program, action);
     AddInfoCommand(program, action);
+    program.footer(EXAMPLES);  // not before: commands inherit what is there when they are added
+}
+
+int RunProgram(int argc, const char* const* argv) {
+    RemoveOutputOnInterrupt();
+    CLI::App program;
+    Action action;
+    DefineProgram(program, action);
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {

@@ -14,6 +14,13 @@ namespace tarvex::app {
 /// What the chosen command does; returns the exit status or raises ProgramError.
 using Action = std::function<int()>;
 
+/// The program's version, "0.1.0".
+extern const char* const VERSION;
+
+/// Gives the parser the whole program: what it says of itself, and its commands. The man page and the shells'
+/// completions are made from that, too.
+void DefineProgram(CLI::App& program, Action& action);
+
 /// `tarvex trace`.
 void AddTraceCommand(CLI::App& program, Action& action);
 /// `tarvex reduce`.
@@ -40,6 +47,9 @@ void AddInfoCommand(CLI::App& program, Action& action);
 
 /// Checks that an option's value is a whole number from `least` to `most`.
 CLI::Validator WholeNumber(std::uint64_t least, std::uint64_t most);
+
+/// The name of FileName()'s check, by which an option that takes a file is known.
+inline constexpr const char* FILE_CHECK = "file";
 
 /// Checks that a file's name is one.
 CLI::Validator FileName();

@@ -109,7 +109,7 @@ void AddWarpCommand(CLI::App& program, Action& action) {
             "--type", [options](const std::string& text) { options->type = WarpType("--type", text); },
             "How to bend: a number or a name, see below")
         ->required()
-        ->type_name("TYPE");
+        ->type_name(WARP_VALUE);
     command
         ->add_option_function<std::string>(
             "--amount",

@@ -97,7 +97,7 @@ void AddReduceCommand(CLI::App& program, Action& action) {
     reduce
         ->add_option("--level", options->settings.level,
                      "Merge more (above 0) or fewer (down to -35) similar colours")
-        ->check(CLI::Range(-1000, 100'000))
+        ->check(CLI::Range(-1000, 100'000).description(""))
         ->type_name("L")
         ->capture_default_str();
     reduce

@@ -77,8 +77,10 @@ void AddRegionCommand(CLI::App& program, Action& action) {
         ->disable_flag_override();
     command->add_flag("--breakup", options.isBrokenUp, "Give its stitch regions instead of its outlines")
         ->disable_flag_override();
-    command->add_option("--format", arguments->format, "svg or json (or satin, png), whatever OUT's ending")
-        ->type_name("FORMAT");
+    command
+        ->add_option("--format", arguments->format,
+                     "Kind of output, satin and png with --breakup (default: by OUT's ending, SVG for -)")
+        ->type_name("svg|json|satin|png");
     AddMaxPixels(*command, options.maxPixels);
     command->footer(REGION_HELP);
     command->callback([arguments, &action] {

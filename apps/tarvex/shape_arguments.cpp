@@ -108,9 +108,9 @@ void AddShapeCommand(CLI::App& program, Action& action) {
     command
         ->add_option_function<std::string>(
             "operation", [&options](const std::string& text) { ParseOperation(text, options.operation); },
-            "difference, intersection, xor or union")
+            "What to do, see below")
         ->required()
-        ->type_name("OPERATION");
+        ->type_name("difference|intersection|xor|union");
     command->add_option("a", options.a.path, "SVG drawing; - is standard input")
         ->check(FileName())
         ->required()

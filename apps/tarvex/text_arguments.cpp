@@ -9,6 +9,7 @@
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/text_command.h"
+#include "tarvex/warp_command.h"
 
 namespace tarvex::app {
 
@@ -148,7 +149,7 @@ void AddTextCommand(CLI::App& program, Action& action) {
              });
     command->add_flag("--inside", pending->isInside, "Turn the letters' feet outwards")
         ->disable_flag_override();
-    AddValue(*command, "--warp", "TYPE", "Bend the whole text: a number or a name",
+    AddValue(*command, "--warp", WARP_VALUE, "Bend the whole text: a number or a name",
              [pending](const std::string& text) { pending->warpType = WarpType("--warp", text); });
     AddValue(*command, "--amount", "D|P%", "How far to bend: pixels, or a percentage of the text's height",
              [pending](const std::string& text) { pending->warpAmount = WarpAmount("--amount", text); });

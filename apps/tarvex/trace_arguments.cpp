@@ -163,7 +163,7 @@ void AddTraceCommand(CLI::App& program, Action& action) {
                      "What to trace: outline, the outlines of shapes; color, regions of every colour; "
                      "centerline, the strokes of a line drawing, "
                      "each along its middle and with its width; edges, the lines where light meets dark")
-        ->type_name("MODE")
+        ->type_name("outline|color|centerline|edges")
         ->capture_default_str();
     trace->add_option("--colors", arguments->colors, "color: the most colours (default 8)")
         ->check(WholeNumber(1, 256))
@@ -193,11 +193,11 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->add_option(
             "--min-branch", options.minBranch,
             "centerline: leave out branches that stick out of a stroke by less than N pixels (default 2)")
-        ->check(CLI::Range(0.0, 1e6))
+        ->check(CLI::Range(0.0, 1e6).description(""))
         ->type_name("N");
     AddEdgeOptions(*trace, arguments);
-    trace->add_option("--format", arguments->format, "svg or json, whatever OUT's ending")
-        ->type_name("FORMAT");
+    trace->add_option("--format", arguments->format, "Kind of output (default: by OUT's ending, SVG for -)")
+        ->type_name("svg|json");
     trace->add_option("--precision", options.precision, "Decimals of coordinates")
         ->check(WholeNumber(0, MAX_PRECISION))
         ->type_name("0..9")

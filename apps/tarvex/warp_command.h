@@ -12,6 +12,9 @@ inline constexpr std::array<const char*, 10> WARP_NAMES = {
     "dent-top", "dent-bottom", "waist", "bulge-top",  "bulge-bottom",
     "barrel",   "sag",         "arch",  "taper-left", "taper-right"};
 
+/// How the help writes what takes one of them.
+inline constexpr const char* WARP_VALUE = "TYPE";
+
 struct WarpOptions {
     std::string input;
     std::string output;
