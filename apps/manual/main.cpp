@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -26,19 +27,25 @@ std::string Read(const char* path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (argc != 4) return 2;
-    const std::filesystem::path folder = argv[1];
+bool WriteAll(const std::filesystem::path& folder, const char* date, const char* bashDriver) {
     CLI::App parser;
     tarvex::app::Action action;
     tarvex::app::DefineProgram(parser, action);
     const auto program = tarvex::manual::ReadProgram(parser);
-    const bool isWritten =
-        Write(folder / "tarvex.1", tarvex::manual::WriteManPage(program, argv[2])) &&
-        Write(folder / "tarvex.bash", tarvex::manual::WriteBashCompletion(program, Read(argv[3]))) &&
-        Write(folder / "_tarvex", tarvex::manual::WriteZshCompletion(program)) &&
-        Write(folder / "tarvex.fish", tarvex::manual::WriteFishCompletion(program));
-    return isWritten ? 0 : 1;
+    return Write(folder / "tarvex.1", tarvex::manual::WriteManPage(program, date)) &&
+           Write(folder / "tarvex.bash", tarvex::manual::WriteBashCompletion(program, Read(bashDriver))) &&
+           Write(folder / "_tarvex", tarvex::manual::WriteZshCompletion(program)) &&
+           Write(folder / "tarvex.fish", tarvex::manual::WriteFishCompletion(program));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4) return 2;
+    try {
+        return WriteAll(argv[1], argv[2], argv[3]) ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarvex_manual: %s\n", error.what());
+        return 1;
+    }
 }

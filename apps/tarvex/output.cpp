@@ -59,7 +59,9 @@ class AsideFile {
     AsideFile(const fs::path& target, const std::string& path) {
         for (int attempt = 0;; ++attempt) {
             const std::string suffix = std::to_string(ProcessId()) + "-" + std::to_string(attempt) + ".tmp";
-            m_name = target.parent_path() / ("." + target.filename().string().substr(0, 200) + "." + suffix);
+            std::string name = ".";
+            name += target.filename().string().substr(0, 200) + "." + suffix;
+            m_name = target.parent_path() / name;
             Publish();
             m_file.reset(OpenFile(m_name, FILE_MODE("wbx")));
             if (m_file) return;
