@@ -1,4 +1,7 @@
 // Device contexts, the stock objects, and what is selected where.
+//
+// The screen and the stock objects are made by whoever asks first, which is the library's own start, and
+// taken down when it is unloaded, before the registry.
 #include <algorithm>
 #include <cstdlib>
 #include <cwchar>
@@ -29,10 +32,9 @@ std::shared_ptr<Bitmap> MakeScreen() {
     return bitmap;
 }
 
-/// Whoever asks first makes it; it is never taken down.
 const std::shared_ptr<Bitmap>& Screen() {
-    static const auto* const screen = new std::shared_ptr<Bitmap>(MakeScreen());
-    return *screen;
+    static const std::shared_ptr<Bitmap> screen = MakeScreen();
+    return screen;
 }
 
 std::shared_ptr<Bitmap> MakePlaceholder() {
@@ -64,8 +66,8 @@ struct StockObjects {
 };
 
 const StockObjects& Stock() {
-    static const auto* const stock = new StockObjects;
-    return *stock;
+    static const StockObjects stock;
+    return stock;
 }
 
 void* RegisterContext(ContextOrigin origin) {

@@ -6,6 +6,7 @@
 // first missing, because that looks at every installed font.
 #include "platform/font_match.h"
 
+#include <dlfcn.h>
 #include <fontconfig/fontconfig.h>
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -20,12 +21,22 @@
 namespace tarvex::platform {
 namespace {
 
+/// Keeps Fontconfig in the process when this library is unloaded. It does not release its rules then, so
+/// each loading would leave a set of them behind; kept, it serves the next one.
+void KeepLoaded() {
+    Dl_info fontconfig{};
+    if (dladdr(reinterpret_cast<void*>(&FcInit), &fontconfig) == 0) return;
+    if (void* const library = dlopen(fontconfig.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE))
+        dlclose(library);
+}
+
 /// Fontconfig reads its rules when it is first used. It lets go of some of that memory without freeing it,
 /// once a process, which leak checks must not take for ours.
 void LoadRules() {
 #ifdef TARVEX_CHECKS_LEAKS
     const __lsan::ScopedDisabler disabled;
 #endif
+    KeepLoaded();
     FcInit();
 }
 

@@ -1,3 +1,5 @@
+// One table for the process, from the library's loading to its unloading. The library's start takes handles,
+// so the table is there before any static object of a program that links the library, and outlives them all.
 #include "platform/registry.h"
 
 #include <utility>
@@ -26,8 +28,8 @@ std::uintptr_t GenerationOf(const void* handle) {
 }  // namespace
 
 Registry& Registry::Instance() {
-    static Registry* const registry = new Registry;  // never destroyed: others may die later than it would
-    return *registry;
+    static Registry registry;
+    return registry;
 }
 
 void* Registry::Insert(std::shared_ptr<Object> object) {

@@ -23,13 +23,13 @@ struct Object {
     virtual ~Object() = default;
 
     const Kind kind;
-    bool stock = false;  ///< lives as long as the process
+    bool stock = false;  ///< cannot be deleted
     int selections = 0;  ///< contexts it is selected into; under the registry's lock
 };
 
 class Registry {
   public:
-    /// The one table, which outlives everything.
+    /// The one table. It lives until the library is unloaded.
     static Registry& Instance();
 
     std::unique_lock<std::mutex> Lock() { return std::unique_lock(m_mutex); }

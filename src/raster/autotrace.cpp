@@ -43,6 +43,9 @@ void DrawWhiteLines(HBITMAP bitmap, const CPolyPolyPoint& lines) {
     GdiFlush();
 }
 
+/// Out of the class's reach, whose own SetPixel is another.
+void Paint(HDC dc, int x, int y, COLORREF colour) { SetPixel(dc, x, y, colour); }
+
 CRect WholeOf(const MarkedRaster& raster) { return {0, 0, raster.Width(), raster.Height()}; }
 
 /// A closed outline as doubles.
@@ -266,7 +269,7 @@ void CAutoTrace::DumpImage() const {
             const COLORREF colour = raster.Has(x, y, PIXEL_ATTR_FILL) ? RGB(255, 0, 0)
                                     : raster.Traced(x, y)             ? RGB(0, 255, 0)
                                                                       : RGB(0, 0, 0);
-            tarvex::SetPixel(screen.Get(), x, y, colour);
+            Paint(screen.Get(), x, y, colour);
         }
     }
 }

@@ -34,7 +34,7 @@ constexpr std::array<WindowFacts, 512> ComputeFacts() {
 constexpr std::array<WindowFacts, 512> kWindowFacts = ComputeFacts();
 
 std::size_t BitPlane::Checked(std::size_t words, std::size_t height) {
-    constexpr std::size_t most = (std::size_t{1} << 32) / 64 - 2;
+    constexpr std::size_t most = (std::uint64_t{1} << 32) / 64 - 2;
     if (words > most / (height + 2)) AfxThrowMemoryException();
     return words * (height + 2);
 }
