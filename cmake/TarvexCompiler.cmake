@@ -8,6 +8,9 @@ target_compile_options(tarvex_compiler INTERFACE
   $<$<BOOL:${TARVEX_WERROR}>:-Werror>)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64")
   target_compile_options(tarvex_compiler INTERFACE -msse2 -mfpmath=sse)
+  if(WIN32)  # where callers need not align the stack as SSE2 wants it
+    target_compile_options(tarvex_compiler INTERFACE -mstackrealign)
+  endif()
 endif()
 if(TARVEX_SANITIZE)
   add_compile_options(-fsanitize=${TARVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -136,6 +136,13 @@ class COwningList : public CPtrArray {
     }
 };
 
+// These lists, as the arrays in them, exist once, in the library.
+extern template class TARVEX_API COwningList<CArray<double, double>>;
+extern template class TARVEX_API COwningList<CDWordArray>;
+extern template class TARVEX_API COwningList<CArray<tagPOINT, tagPOINT>>;
+extern template class TARVEX_API COwningList<CArray<DPOINT, DPOINT>>;
+extern template class TARVEX_API COwningList<CArray<BPOINT, BPOINT>>;
+
 /// Stitch angles, in radians, of each contour.
 class TARVEX_API CPolyPolyInclination : public COwningList<CArray<double, double>> {};
 
@@ -182,6 +189,8 @@ class TARVEX_API CPolyPolyBezier : public COwningList<CArray<BPOINT, BPOINT>> {
     /// segment is straight. Contours that are already closed keep their handles.
     void EnsureClosed();
 };
+
+extern template class TARVEX_API COwningList<CPolyPolyBezier>;
 
 /// A group of shapes. Null shapes are skipped by every operation below.
 class TARVEX_API COutlines : public COwningList<CPolyPolyBezier> {

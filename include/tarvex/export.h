@@ -1,15 +1,12 @@
-// TARVEX_API marks the names that the shared library exports; everything else stays hidden. Programs
-// that link the library's objects instead define TARVEX_STATIC, which matters on Windows only.
+// TARVEX_API marks the names that the shared library exports; everything else stays hidden. On Windows a
+// module definition exports them, made from the list of names in cmake/exports.txt, so only who uses the DLL
+// needs to mark them there; programs that link the library's objects instead define TARVEX_STATIC.
 #pragma once
 
-#if defined(_WIN32)
-#if defined(TARVEX_BUILDING)
-#define TARVEX_API __declspec(dllexport)
-#elif defined(TARVEX_STATIC)
+#if !defined(_WIN32)
+#define TARVEX_API __attribute__((visibility("default")))
+#elif defined(TARVEX_BUILDING) || defined(TARVEX_STATIC)
 #define TARVEX_API
 #else
 #define TARVEX_API __declspec(dllimport)
-#endif
-#else
-#define TARVEX_API __attribute__((visibility("default")))
 #endif

@@ -389,6 +389,13 @@ class CArray : public CObject {
     int m_growBy = 0;
 };
 
+// The arrays that the library's functions take and give exist once, in the library; an array of any other
+// element is compiled into whoever uses it.
+extern template class TARVEX_API CArray<void*, void*>;
+extern template class TARVEX_API CArray<DWORD, DWORD>;
+extern template class TARVEX_API CArray<double, double>;
+extern template class TARVEX_API CArray<tagPOINT, tagPOINT>;
+
 /// Array of pointers it does not own. Nothing of it is archived.
 class TARVEX_API CPtrArray : public CArray<void*, void*> {
   public:

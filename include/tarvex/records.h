@@ -105,6 +105,13 @@ inline void ClearUnarchived(BEZIER& segment) {
     segment.startCount = kept.startCount;
 }
 
+// These arrays, as those of the framework, exist once, in the library.
+extern template class TARVEX_API CArray<DPOINT, DPOINT>;
+extern template class TARVEX_API CArray<BPOINT, BPOINT>;
+extern template class TARVEX_API CArray<DLINE, DLINE>;
+extern template class TARVEX_API CArray<BEZIER, BEZIER>;
+extern template class TARVEX_API CArray<TRIG, TRIG>;
+
 static_assert(sizeof(DPOINT) == 16 && sizeof(FPOINT) == 8 && sizeof(DLINE) == 32 && sizeof(FLINE) == 16);
 static_assert(sizeof(DRECT) == 32 && sizeof(TRIG) == 12);
 static_assert(sizeof(BPOINT) == 56 && offsetof(BPOINT, pt) == 16 && offsetof(BPOINT, cp2) == 32 &&
