@@ -145,7 +145,12 @@ TARVEX_API void GetPolyline(const CArray<BPOINT, BPOINT>& nodes, CArray<DPOINT, 
 // - Equal consecutive points are fitted as given; equal points at an end of the run leave that end
 //   without a tangent, hence with handles of length 0 there.
 // - After 1000 splits inside one another, a range that still does not fit is left out: the chain
-//   has a gap there. So is a range whose distances are all NaN and whose split falls outside it.
+//   has a gap there. So is a range whose distances are all NaN and whose split falls outside it, which
+//   takes a coordinate that is not finite.
+// - Finite points may lie as far apart as they like: where squared distances would be beyond the largest
+//   double, a range is fitted as its image in a unit of its own. So up to 1002 finite points always have a
+//   whole chain, whatever `error` is, with finite control points while no coordinate reaches 2^1022; beyond,
+//   a handle may point past the largest double.
 //
 // Each segment starts where the one before ends, the first and last at the first and last point, bit
 // for bit. Time is proportional to the points times the depth of splitting: for ordinary outlines,

@@ -20,6 +20,11 @@
 //   number, and are then added; the factors 9 and 3 and the tangents multiply the sums;
 // - the curve less its first point is evaluated as ((a u + b) u + c) u.
 //
+// Ranges so long that squares and their sums may be beyond the largest double are fitted in a unit of their
+// own, a power of two near their extent: dividing by it changes no bit, but where something is so far below
+// the last bit of the rest that its square vanishes. So are ranges of finite points whose candidate is no
+// number, which takes a wild Newton step.
+//
 // Cost: ranges wait on a stack of their own, at most one per level, and all passes share six arrays as
 // long as the run, so nothing is allocated per point or per range. The left part of a split
 // starts where the whole did, so its running sums are there already. Only distances from points to
@@ -27,7 +32,9 @@
 #include "bezier/fit.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -40,7 +47,8 @@ namespace {
 
 constexpr int kMaxDepth = 1000;
 constexpr int kNewtonPasses = 4;
-constexpr double kLongestHandle = 0.618;  // of the chord
+constexpr double kLongestHandle = 0.618;   // of the chord
+constexpr double kLongestPlain = 0x1p300;  // length of a range: leaves room for wild Newton steps
 
 /// A range of the run still to fit.
 struct Range {
@@ -107,6 +115,122 @@ class HandleSolver {
     bool m_solvable;
 };
 
+bool IsFinite(DPOINT p) { return std::isfinite(p.x) && std::isfinite(p.y); }
+
+/// What squared lengths are compared with.
+struct Tolerance {
+    double fits;                     // a candidate that is nearer to all points is taken
+    double hopeful;                  // a first candidate that is nearer is worth Newton steps
+    double zero = GEOMETRY_EPSILON;  // denominators of Newton steps below it count as zero
+    int passes = kNewtonPasses;
+};
+
+/// The last candidate tried for a range.
+struct Attempt {
+    Handles handles;
+    double greatest;  // squared distance
+    bool fits;
+    bool isSound;  // nothing overflowed
+};
+
+/// Tries candidates for a range of more than two points, given the lengths along it from its first point on.
+Attempt Try(const RangeView& view, const double* along, const HandleSolver& solver, Tolerance tolerance,
+            double* squares) {
+    const DPOINT chord = view.Chord();
+    Parameterize(view, along);
+    for (int pass = 0;; ++pass) {
+        const Handles handles = solver.Solve(SumUp(view));
+        const auto cubic = OffsetCubic::FromHandles(handles.start, handles.end, chord);
+        const double greatest = GreatestSquaredDistance(view, cubic, squares);
+        const bool fits = greatest < tolerance.fits;
+        const bool isHopeless = pass == 0 && !(greatest < tolerance.hopeful);
+        if (fits || isHopeless || pass == tolerance.passes) {
+            const bool isSound =
+                along[view.count - 1] < kLongestPlain && IsFinite(handles.start) && IsFinite(handles.end);
+            return {handles, greatest, fits, isSound};
+        }
+        Reparameterize(view, cubic, tolerance.zero);
+    }
+}
+
+/// The last inner point of `count` at the greatest distance.
+std::optional<std::size_t> LastWorst(const double* squares, std::size_t count, double greatest) {
+    for (std::size_t i = count - 2; i > 0; --i) {
+        if (squares[i] == greatest) return i;
+    }
+    return std::nullopt;
+}
+
+/// The unit vector of a difference of points, or of differences of points, that `difference` forms of the
+/// points times a factor: also when it is too long for its length to be a number.
+template <class Difference>
+DPOINT UnitVector(Difference difference) {
+    constexpr double factor = 0x1p-520;  // leaves the square of the longest finite and of the shortest not 0
+    const DPOINT v = difference(1.0);
+    return Normalized(std::isinf(Length(v)) ? difference(factor) : v);
+}
+
+DPOINT UnitStep(DPOINT from, DPOINT to) {
+    return UnitVector([&](double factor) { return Minus(Times(to, factor), Times(from, factor)); });
+}
+
+/// A range in a unit of its own: its coordinates are at most 1 apart from its first point's.
+class FarRange {
+  public:
+    FarRange(const double* x, const double* y, std::size_t count)
+        : m_count(count), m_storage(std::make_unique_for_overwrite<double[]>(count * 5)) {
+        double farthest = 0;  // by halves, since the distance itself can be beyond the largest double
+        for (std::size_t i = 0; i < count; ++i)
+            farthest = std::max({farthest, std::fabs(x[i] / 2 - x[0] / 2), std::fabs(y[i] / 2 - y[0] / 2)});
+        static_cast<void>(std::frexp(farthest, &m_unit));
+        m_unit += 1;
+        for (std::size_t i = 0; i < count; ++i) {
+            X()[i] = std::ldexp(x[i], -m_unit);
+            Y()[i] = std::ldexp(y[i], -m_unit);
+        }
+    }
+
+    /// The best candidate, in the caller's unit; for two points the fallback.
+    Attempt Fit(DPOINT startTangent, DPOINT endTangent, double error) {
+        const RangeView view{X(), Y(), U(), m_count};
+        Attempt attempt{ThirdHandles(startTangent, endTangent, view.Chord()), 0, true, true};
+        if (m_count > 2) {
+            StepLengths(X(), Y(), Along(), m_count);
+            Along()[0] = 0;
+            for (std::size_t i = 1; i < m_count; ++i) Along()[i] += Along()[i - 1];
+            const HandleSolver solver(startTangent, endTangent, view.Chord());
+            const double worth = std::ldexp(error, -m_unit);
+            Tolerance tolerance{Squared(error), worth * worth, Squared(GEOMETRY_EPSILON)};
+            attempt = Try(view, Along(), solver, tolerance, Squares());
+            if (!attempt.isSound) {  // wild Newton steps; the first candidate is always sound
+                tolerance.passes = 0;
+                attempt = Try(view, Along(), solver, tolerance, Squares());
+            }
+        }
+        attempt.handles = {Back(attempt.handles.start), Back(attempt.handles.end)};
+        return attempt;
+    }
+
+    double* Squares() { return m_storage.get() + 4 * m_count; }
+
+  private:
+    double* X() { return m_storage.get(); }
+    double* Y() { return X() + m_count; }
+    double* Along() { return Y() + m_count; }
+    double* U() { return Along() + m_count; }
+
+    /// A squared distance in this unit; what is above 0 stays there.
+    double Squared(double square) const {
+        const double scaled = std::ldexp(square, -2 * m_unit);
+        return scaled == 0 && square > 0 ? std::numeric_limits<double>::denorm_min() : scaled;
+    }
+    DPOINT Back(DPOINT v) const { return {std::ldexp(v.x, m_unit), std::ldexp(v.y, m_unit)}; }
+
+    std::size_t m_count;
+    std::unique_ptr<double[]> m_storage;
+    int m_unit = 0;  // as a power of two
+};
+
 class Fitter {
   public:
     Fitter(std::span<const DPOINT> points, double error, std::vector<BEZIER>& out)
@@ -149,25 +273,43 @@ class Fitter {
                              range.last - range.first + 1};
         const DPOINT chord = view.Chord();
         if (view.count == 2) {
-            Emit(range, ThirdHandles(range.startTangent, range.endTangent, chord));
+            const Handles handles = ThirdHandles(range.startTangent, range.endTangent, chord);
+            const bool isSound = IsFinite(handles.start) && IsFinite(handles.end);
+            if (!isSound && IsAllFinite(range, view)) return FitFar(range, view);
+            Emit(range, handles);
             return std::nullopt;
         }
         // A left half starts where the whole did: its lengths are summed up already.
         if (range.first != m_summedFrom) SumLengths(range.first, range.last);
-        Parameterize(view, m_along + range.first);
         const HandleSolver solver(range.startTangent, range.endTangent, chord);
-        for (int pass = 0;; ++pass) {
-            const Handles handles = solver.Solve(SumUp(view));
-            const auto cubic = OffsetCubic::FromHandles(handles.start, handles.end, chord);
-            const double greatest = GreatestSquaredDistance(view, cubic, m_squares + range.first);
-            if (greatest < m_error) {
-                Emit(range, handles);
-                return std::nullopt;
-            }
-            const bool hopeless = pass == 0 && !(greatest < m_error * m_error);
-            if (hopeless || pass == kNewtonPasses) return LastWorst(range, greatest);
-            Reparameterize(view, cubic);
+        const Attempt attempt =
+            Try(view, m_along + range.first, solver, {m_error, m_error * m_error}, m_squares + range.first);
+        if (!attempt.isSound && IsAllFinite(range, view)) return FitFar(range, view);
+        if (!attempt.fits) {
+            const auto worst = LastWorst(m_squares + range.first, view.count, attempt.greatest);
+            // When no distance is a number, the number (from the start of the run) of half the points.
+            return worst ? range.first + *worst : view.count / 2;
         }
+        Emit(range, attempt.handles);
+        return std::nullopt;
+    }
+
+    /// The same for a range of finite points whose distances are too large to be squared.
+    std::optional<std::size_t> FitFar(const Range& range, const RangeView& view) {
+        FarRange far(view.x, view.y, view.count);
+        const Attempt attempt = far.Fit(range.startTangent, range.endTangent, m_error);
+        if (!attempt.fits)
+            return range.first + LastWorst(far.Squares(), view.count, attempt.greatest).value();
+        Emit(range, attempt.handles);
+        return std::nullopt;
+    }
+
+    static bool IsAllFinite(const Range& range, const RangeView& view) {
+        if (!IsFinite(range.startTangent) || !IsFinite(range.endTangent)) return false;
+        for (std::size_t i = 0; i < view.count; ++i) {
+            if (!IsFinite(view.Point(i))) return false;
+        }
+        return true;
     }
 
     /// Sums up the lengths from `first` on.
@@ -176,15 +318,6 @@ class Fitter {
         m_along[first] = 0;
         for (std::size_t i = first + 1; i <= last; ++i) m_along[i] = along += m_lengths[i];
         m_summedFrom = first;
-    }
-
-    /// The last inner point at the greatest distance. When no distance is a number, the number (from the
-    /// start of the run) of half the range's points.
-    std::size_t LastWorst(const Range& range, double greatest) const {
-        for (std::size_t i = range.last - 1; i > range.first; --i) {
-            if (m_squares[i] == greatest) return i;
-        }
-        return (range.last - range.first + 1) / 2;
     }
 
     void Emit(const Range& range, const Handles& handles) {
@@ -198,7 +331,11 @@ class Fitter {
     }
 
     DPOINT CentreTangent(std::size_t i) const {
-        return Normalized(Midpoint(Minus(m_points[i - 1], m_points[i]), Minus(m_points[i], m_points[i + 1])));
+        return UnitVector([this, i](double factor) {
+            const DPOINT point = Times(m_points[i], factor);
+            return Midpoint(Minus(Times(m_points[i - 1], factor), point),
+                            Minus(point, Times(m_points[i + 1], factor)));
+        });
     }
 
     std::span<const DPOINT> m_points;
@@ -219,8 +356,8 @@ std::vector<BEZIER> FitWithEndTangents(const DPOINT* points, int n, double error
     std::vector<BEZIER> segments;
     if (points == nullptr || n < 2) return segments;
     const std::span<const DPOINT> run(points, static_cast<std::size_t>(n));
-    const DPOINT startTangent = Normalized(Minus(run[1], run[0]));
-    const DPOINT endTangent = Normalized(Minus(run[run.size() - 2], run.back()));
+    const DPOINT startTangent = UnitStep(run[0], run[1]);
+    const DPOINT endTangent = UnitStep(run.back(), run[run.size() - 2]);
     FitRun(run, startTangent, endTangent, error, segments);
     return segments;
 }

@@ -109,15 +109,15 @@ LeastSquaresSums SumUp(const RangeView& range) {
 }
 
 /// Improves each parameter by one Newton step towards the point of the curve nearest to its point,
-/// unless the step's denominator counts as zero.
+/// unless the step's denominator is below `epsilon`.
 template <class Two = TwoLanes>
-void Reparameterize(const RangeView& range, const OffsetCubic& q) {
-    InLanes<Two>(0, range.count, [&range, &q]<class V>(V, std::size_t from, std::size_t to) {
+void Reparameterize(const RangeView& range, const OffsetCubic& q, double epsilon = GEOMETRY_EPSILON) {
+    InLanes<Two>(0, range.count, [&range, &q, epsilon]<class V>(V, std::size_t from, std::size_t to) {
         const V originX{range.x[0]}, originY{range.y[0]};
         const V ax{q.a.x}, ay{q.a.y}, bx{q.b.x}, by{q.b.y}, cx{q.c.x}, cy{q.c.y};
         const V a3x{3 * q.a.x}, a3y{3 * q.a.y}, a6x{6 * q.a.x}, a6y{6 * q.a.y}, b2x{2 * q.b.x},
             b2y{2 * q.b.y};
-        const V zero{GEOMETRY_EPSILON};
+        const V zero{epsilon};
         const double* const x = range.x;
         const double* const y = range.y;
         double* const parameters = range.u;
