@@ -122,8 +122,8 @@ class TARVEX_API CAutoBreakUp : public CImgProc {
 
     /// Brings the working raster up to date: the shape in white, all cuts so far in black, 2 pixels wide.
     bool MakeBitmap();
-    /// Paints all cut lines.
-    void DrawCutLines(CDC& dc, bool white, int width);
+    /// Paints all cut lines. False when there is no memory for that.
+    bool DrawCutLines(CDC& dc, bool white, int width);
     bool isTooComplicate() const;
     /// Thins the working raster into the line matrix and traces its lines.
     void TraceSkeleton();

@@ -90,7 +90,8 @@ TARVEX_API std::string WriteClipPolygon(const ClipPolygon& polygon, ClipHoleFlag
 /// Reads the text form into `polygon`, which may hold a set, which is freed; flags that are omitted
 /// read as 0. Numbers may be separated by any white space and written in any decimal form. False, with
 /// `polygon` empty, when the text ends early or something is not a number or beyond its range; text
-/// after the last vertex is ignored. Never allocates more than a small multiple of the text's length.
+/// after the last vertex is ignored. Never allocates more than a small multiple of the text's length; raises
+/// CMemoryException, with `polygon` empty too, when it cannot.
 TARVEX_API bool ReadClipPolygon(std::string_view text, ClipHoleFlags flags, ClipPolygon& polygon);
 
 }  // namespace tarvex

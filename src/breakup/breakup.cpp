@@ -204,7 +204,7 @@ bool CAutoBreakUp::MakeBitmap() {
     const SelectedObject selected(context.Get(), m_hWorkBitmap);
     if (!context || !selected) return false;
     CDC dc(context.Get());
-    if (m_drawnCuts < m_cutLines.size()) DrawCutLines(dc, false, kCutWidth);
+    if (m_drawnCuts < m_cutLines.size() && !DrawCutLines(dc, false, kCutWidth)) return false;
     m_drawnCuts = m_cutLines.size();
     GdiFlush();
     return true;
@@ -233,13 +233,16 @@ bool CAutoBreakUp::CopySource() {
     return true;
 }
 
-void CAutoBreakUp::DrawCutLines(CDC& dc, bool white, int width) {
+bool CAutoBreakUp::DrawCutLines(CDC& dc, bool white, int width) {
     const UniquePen pen(CreatePen(PS_SOLID, width, white ? kWhite : RGB(0, 0, 0)));
     const SelectedObject selected(dc.GetSafeHdc(), pen.Get());
+    if (!selected) return false;
     for (const CUTLINE& cut : m_cutLines) {
-        MoveToEx(dc.GetSafeHdc(), cut.x1, cut.y1, nullptr);
-        LineTo(dc.GetSafeHdc(), cut.x2, cut.y2);
+        if (MoveToEx(dc.GetSafeHdc(), cut.x1, cut.y1, nullptr) == FALSE ||
+            LineTo(dc.GetSafeHdc(), cut.x2, cut.y2) == FALSE)
+            return false;
     }
+    return true;
 }
 
 bool CAutoBreakUp::isTooComplicate() const {

@@ -150,7 +150,20 @@ std::unique_ptr<CArray<DPOINT, DPOINT>> ClosedArray(PointList points) {
     return array;
 }
 
-/// A monochrome picture of the outline's inside, by the even-odd rule.
+bool FillOutline(HDC dc, const CPolyPolyDPoint& outline) {
+    if (BeginPath(dc) == FALSE) return false;
+    for (int i = 0; i < outline.GetCount(); ++i) {
+        const auto& polyline = outline[i];
+        if (MoveToEx(dc, RoundToInt(polyline[0].x), RoundToInt(polyline[0].y), nullptr) == FALSE)
+            return false;
+        for (int k = 1; k < polyline.GetSize(); ++k)
+            if (LineTo(dc, RoundToInt(polyline[k].x), RoundToInt(polyline[k].y)) == FALSE) return false;
+        if (CloseFigure(dc) == FALSE) return false;
+    }
+    return EndPath(dc) != FALSE && FillPath(dc) != FALSE;
+}
+
+/// A monochrome picture of the outline's inside, by the even-odd rule; none when memory is short.
 UniqueBitmap Render(const CPolyPolyDPoint& outline, int width, int height) {
     UniqueBitmap bitmap(CImgProc::CreateBitmapBW(width, height));
     const UniqueDC dc(CreateCompatibleDC(nullptr));
@@ -159,16 +172,7 @@ UniqueBitmap Render(const CPolyPolyDPoint& outline, int width, int height) {
     const SelectedObject selectedBrush(dc.Get(), GetStockObject(WHITE_BRUSH));
     if (!selectedBitmap || !selectedPen || !selectedBrush) return {};
     SetPolyFillMode(dc.Get(), ALTERNATE);
-    BeginPath(dc.Get());
-    for (int i = 0; i < outline.GetCount(); ++i) {
-        const auto& polyline = outline[i];
-        MoveToEx(dc.Get(), RoundToInt(polyline[0].x), RoundToInt(polyline[0].y), nullptr);
-        for (int k = 1; k < polyline.GetSize(); ++k)
-            LineTo(dc.Get(), RoundToInt(polyline[k].x), RoundToInt(polyline[k].y));
-        CloseFigure(dc.Get());
-    }
-    EndPath(dc.Get());
-    FillPath(dc.Get());
+    if (!FillOutline(dc.Get(), outline)) return {};
     GdiFlush();
     return bitmap;
 }

@@ -30,17 +30,20 @@ constexpr int kMajorityTolerance = 1000;
 
 constexpr COLORREF kWhite = RGB(255, 255, 255);
 
-/// Draws white lines, `kCutWidth` wide, into a bitmap.
-void DrawWhiteLines(HBITMAP bitmap, const CPolyPolyPoint& lines) {
+/// Draws white lines, `kCutWidth` wide, into a bitmap. False when there is no memory for that.
+bool DrawWhiteLines(HBITMAP bitmap, const CPolyPolyPoint& lines) {
     const UniquePen pen(CreatePen(PS_SOLID, kCutWidth, kWhite));
     const UniqueDC dc(CreateCompatibleDC(nullptr));
     const SelectedObject selectedBitmap(dc.Get(), bitmap);
     const SelectedObject selectedPen(dc.Get(), pen.Get());
+    if (!selectedBitmap || !selectedPen) return false;
     for (int i = 0; i < lines.GetCount(); ++i) {
         const auto* line = lines.GetAt(i);
-        if (line != nullptr && line->GetSize() > 1) Polyline(dc.Get(), line->GetData(), line->GetSize());
+        if (line == nullptr || line->GetSize() < 2) continue;
+        if (Polyline(dc.Get(), line->GetData(), line->GetSize()) == FALSE) return false;
     }
     GdiFlush();
+    return true;
 }
 
 /// Out of the class's reach, whose own SetPixel is another.
@@ -156,7 +159,7 @@ bool CAutoTrace::DrawCutLines() {
     const UniqueBitmap bitmap(CreateEmptyBmpBW({m_width, m_height}));
     BITMAP drawn{};
     if (!bitmap || GetObject(bitmap.Get(), static_cast<int>(sizeof drawn), &drawn) == 0) return false;
-    DrawWhiteLines(bitmap.Get(), m_cutPolylines);
+    if (!DrawWhiteLines(bitmap.Get(), m_cutPolylines)) return false;
     const MarkedRaster raster(m_bits, m_width, m_height);
     for (int y = 0; y < m_height; ++y) {
         for (int x = 0; x < m_width; ++x) {

@@ -41,7 +41,7 @@ int GetTTOutlinePoints(tagLOGFONTW& font, unsigned int ch, CPolyPolyBezier& out,
     const MAT2 identity = Identity();
     GLYPHMETRICS metrics{};
     ABCFLOAT widths{};
-    GetCharABCWidthsFloatW(dc.Get(), ch, ch, &widths);
+    if (!selected || GetCharABCWidthsFloatW(dc.Get(), ch, ch, &widths) == FALSE) return 0;  // memory is short
     const double a = widths.abcfA;
     const double c = widths.abcfC;
     const DWORD size = GetGlyphOutlineW(dc.Get(), ch, GGO_NATIVE, &metrics, 0, nullptr, &identity);

@@ -76,12 +76,12 @@ CColorReduction::CColorReduction(HBITMAP bitmap) : m_hBitmap(bitmap) {
     if (m_factor != 1) CreateBigBitmap(bitmap);
     try {
         m_meanPixels.resize(PixelCount(m_image));
+        m_meanImage = {m_meanPixels.data(), m_image.width, m_image.height};
+        CreateMeanImage();
     } catch (...) {
-        DeleteObject(m_hBigBitmap);
+        DeleteObject(m_hBigBitmap);  // no destructor will
         throw;
     }
-    m_meanImage = {m_meanPixels.data(), m_image.width, m_image.height};
-    CreateMeanImage();
 }
 
 CColorReduction::~CColorReduction() {
@@ -127,10 +127,11 @@ void CColorReduction::CreateBigBitmap(HBITMAP bitmap) {
 
 void CColorReduction::CreateSmallBitmap() {
     const PixelView own = PictureOf(m_hBitmap);
+    if (IsEmpty(own)) return;
     const UniqueDC dc(CreateCompatibleDC(nullptr));
-    if (IsEmpty(own) || !dc) return;
     const SelectedObject selected(dc.Get(), m_hBitmap);
-    if (selected) DrawStretchedBitmap(dc.Get(), m_hBigBitmap, 0, 0, own.width, own.height);
+    if (!selected || !DrawStretchedBitmap(dc.Get(), m_hBigBitmap, 0, 0, own.width, own.height))
+        AfxThrowMemoryException();
 }
 
 void CColorReduction::CreateMeanImage() {
