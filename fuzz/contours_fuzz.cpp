@@ -1,10 +1,9 @@
 // Outlines of any picture with any options: closed, finite, near the picture, none without area.
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "checks.h"
 #include "input.h"
 #include "tarvex/contours.h"
 
@@ -50,35 +49,15 @@ OutlineOptions TakeOptions(Input& input) {
     return options;
 }
 
-struct Box {
-    double left = INFINITY, right = -INFINITY, top = INFINITY, bottom = -INFINITY;
-
-    void Include(const DPOINT& p) {
-        Require(std::isfinite(p.x) && std::isfinite(p.y), "points are finite");
-        left = std::min(left, p.x);
-        right = std::max(right, p.x);
-        top = std::min(top, p.y);
-        bottom = std::max(bottom, p.y);
-    }
-};
-
 void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture) {
-    const int last = contour.GetUpperBound();
-    Require(last >= 1, "an outline has a segment");
-    Require(contour[0].pt.x == contour[last].pt.x && contour[0].pt.y == contour[last].pt.y,
-            "an outline ends where it begins");
-    Box anchors;
-    Box all;
-    for (const BPOINT& node : contour) {
-        anchors.Include(node.pt);
-        for (const DPOINT& p : {node.cp1, node.pt, node.cp2}) all.Include(p);
-        Require(node.flags == 0, "nodes have no flags");
-    }
+    Require(contour.GetSize() >= 2, "an outline has a segment");
+    Require(IsClosedExactly(contour), "an outline ends where it begins");
+    RequireFinite(contour);
+    for (const BPOINT& node : contour) Require(node.flags == 0, "nodes have no flags");
     constexpr double margin = 1.5;  // of a pixel
-    Require(anchors.left > -margin && anchors.right < picture.width + margin && anchors.top > -margin &&
-                anchors.bottom < picture.height + margin,
-            "anchors lie in the picture, or beside it");
-    Require(all.right > all.left && all.bottom > all.top, "an outline has area");
+    const Box frame{0, static_cast<double>(picture.width), 0, static_cast<double>(picture.height)};
+    Require(frame.Holds(AnchorBoxOf(contour), margin), "anchors lie in the picture, or beside it");
+    Require(BoxOf(contour).HasArea(), "an outline has area");
 }
 
 }  // namespace

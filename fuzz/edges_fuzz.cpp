@@ -1,11 +1,10 @@
 // Edges of any small picture, by any options: a result of the picture's size, the same for its negative, and
 // curves of finite coordinates within it.
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "checks.h"
 #include "input.h"
 #include "tarvex/edges.h"
 
@@ -42,11 +41,10 @@ void Detect(Input& input) {
 
     CPolyPolyBezier curves;
     Require(edges.Output(curves), "edges become curves");
+    const Box frame{0, static_cast<double>(width), 0, static_cast<double>(height)};
     for (int i = 0; i < curves.GetSize(); ++i) {
-        for (const BPOINT& node : curves[i]) {
-            Require(node.pt.x >= -1 && node.pt.x <= width && node.pt.y >= -1 && node.pt.y <= height,
-                    "curves stay in the picture");
-        }
+        RequireFinite(curves[i]);
+        Require(frame.Holds(AnchorBoxOf(curves[i]), 1), "curves stay in the picture");
     }
 }
 

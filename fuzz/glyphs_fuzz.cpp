@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "checks.h"
 #include "input.h"
 #include "platform/font_kerning.h"
 #include "transform/glyph_parser.h"
@@ -22,16 +23,11 @@ void ParseOutline(const Input& input) {
     CPolyPolyBezier out;
     AppendNativeOutline(Rest(input), out);
     for (int i = 0; i < out.GetSize(); ++i) {
-        const auto& nodes = out[i];
-        Require(!nodes.IsEmpty(), "a contour has its start");
-        Require(nodes[0].pt == nodes[nodes.GetUpperBound()].pt, "contours are closed");
-        for (const BPOINT& node : nodes) {
-            for (const DPOINT& p : {node.cp1, node.pt, node.cp2}) {
-                Require(p.x == std::floor(p.x) && p.y == std::floor(p.y), "coordinates are whole");
-                Require(std::fabs(p.x) < 120000 && std::fabs(p.y) < 120000,
-                        "coordinates stay near their range");
-            }
-        }
+        Require(out[i].GetSize() == 1 || IsClosed(out[i]), "contours are closed");
+        EachPoint(out[i], [](const DPOINT& p) {
+            Require(p.x == std::floor(p.x) && p.y == std::floor(p.y), "coordinates are whole");
+            Require(std::fabs(p.x) < 120000 && std::fabs(p.y) < 120000, "coordinates stay near their range");
+        });
     }
 }
 

@@ -1,9 +1,9 @@
 // Tracing any small bitmap, compared with the rules followed pixel by pixel, call after call.
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "checks.h"
 #include "input.h"
 #include "raster/plain_shape_trace.h"
 #include "tarvex/shapetrace.h"
@@ -25,9 +25,6 @@ BitPicture TakePicture(Input& input) {
     }
     return picture;
 }
-
-bool Same(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
-bool Same(const DPOINT& a, const DPOINT& b) { return Same(a.x, b.x) && Same(a.y, b.y); }
 
 void RequireSame(const CPolyPolyBezier& traced, const std::vector<PlainShapeTrace::Contour>& plain) {
     Require(static_cast<std::size_t>(traced.GetSize()) == plain.size(), "the plain rules' contours");

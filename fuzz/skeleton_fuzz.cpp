@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "checks.h"
 #include "input.h"
 #include "tarvex/imagetrace.h"
 #include "tarvex/raster.h"
@@ -20,11 +21,7 @@ BITMAP Describe(HBITMAP handle) {
 void RequireFinite(const CPolyPolyBezier& contours) {
     for (int i = 0; i < contours.GetSize(); ++i) {
         Require(contours[i].GetSize() >= 2, "a contour has two nodes");
-        for (int k = 0; k < contours[i].GetSize(); ++k) {
-            const BPOINT& node = contours[i][k];
-            for (const DPOINT& p : {node.cp1, node.pt, node.cp2})
-                Require(std::isfinite(p.x) && std::isfinite(p.y), "coordinates are finite");
-        }
+        fuzz::RequireFinite(contours[i]);
     }
 }
 
