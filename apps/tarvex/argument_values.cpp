@@ -4,16 +4,30 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <string_view>
 
+#include "tarvex/files.h"
 #include "tarvex/svg_reader.h"
 #include "tarvex/warp_command.h"
 
 namespace tarvex::app {
+
+namespace {
+
+/// "not A", "neither A nor B", "none of A, B and C".
+std::string NoneOf(const std::vector<std::string>& names) {
+    if (names.size() == 1) return "not " + names[0];
+    if (names.size() == 2) return "neither " + names[0] + " nor " + names[1];
+    std::string text = "none of " + names[0];
+    for (std::size_t i = 1; i < names.size(); ++i) text += (i + 1 < names.size() ? ", " : " and ") + names[i];
+    return text;
+}
+
+}  // namespace
 
 void Refuse(const std::string& option, const std::string& text, const std::string& wanted) {
     throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
@@ -40,15 +54,30 @@ std::vector<double> Numbers(const std::string& option, const std::string& text, 
 
 double Radians(double degrees) { return std::fmod(degrees, 360) * (std::numbers::pi / 180); }
 
-void RequireSvg(const std::string& output) {
-    const auto endsWithSvg = [&output] {
-        if (output.size() < 4) return false;
-        std::string ending = output.substr(output.size() - 4);
-        std::transform(ending.begin(), ending.end(), ending.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        return ending == ".svg";
+std::size_t FormatIndex(std::span<const FormatName> formats, const std::optional<std::string>& word,
+                        const std::string& output) {
+    std::vector<std::string> words, endings;
+    for (const FormatName& format : formats) {
+        words.emplace_back(format.word);
+        const bool isNew = std::find(endings.begin(), endings.end(), format.ending) == endings.end();
+        if (isNew) endings.emplace_back(format.ending);
+    }
+    const auto same = [&](const char* FormatName::*name, const std::string& text) {
+        return std::find_if(formats.begin(), formats.end(),
+                            [&](const FormatName& format) { return format.*name == text; });
     };
-    if (output != "-" && !endsWithSvg()) throw CLI::ValidationError(output, "its ending is not .svg");
+    if (word) {
+        const auto found = same(&FormatName::word, *word);
+        if (found == formats.end())
+            throw CLI::ValidationError("--format", "'" + *word + "' is " + NoneOf(words));
+        return static_cast<std::size_t>(found - formats.begin());
+    }
+    if (output == "-" || IsDirectoryName(output)) return 0;
+    const auto found =
+        same(&FormatName::ending, CLI::detail::to_lower(std::filesystem::path(output).extension().string()));
+    if (found != formats.end()) return static_cast<std::size_t>(found - formats.begin());
+    const char* remedy = formats.size() > 1 ? "; name it so, or add --format" : "";
+    throw CLI::ValidationError(output, "its ending is " + NoneOf(endings) + remedy);
 }
 
 int WarpType(const std::string& option, const std::string& text) {

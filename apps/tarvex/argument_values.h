@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,7 +28,17 @@ struct Amount {
 };
 Amount WarpAmount(const std::string& option, const std::string& text);
 
-/// Checks that the output's ending is .svg, unless it is standard output.
-void RequireSvg(const std::string& output);
+/// A kind of result: the word for it, and the ending of its files.
+struct FormatName {
+    const char* word;
+    const char* ending;
+};
+inline constexpr FormatName SVG_FORMAT[] = {{"svg", ".svg"}};
+inline constexpr FormatName PNG_FORMAT[] = {{"png", ".png"}};
+
+/// Which of the formats to write: the one that --format names; or else the first one with the output's
+/// ending; or the first of all for standard output and directories.
+std::size_t FormatIndex(std::span<const FormatName> formats, const std::optional<std::string>& word,
+                        const std::string& output);
 
 }  // namespace tarvex::app

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "tarvex/batch.h"
 #include "tarvex/breakup_command.h"
 #include "tarvex/commands.h"
 
@@ -19,7 +20,8 @@ constexpr const char* BREAKUP_HELP =
     "\nA picture's shape is found as by trace; of a drawing every filled element is a shape by itself.\n"
     "Each is cut where its strokes meet, into columns with two rails and inclinations between them.\n"
     "Formats: svg, to look at, with layers; satin, columns for Ink/Stitch, wide ones as fills; json,\n"
-    "everything, for programs; png, a picture of it. Ctrl-C stops after the pass at work.\n";
+    "everything, for programs; png, a picture of it. Ctrl-C stops after the pass at work, of several\n"
+    "files at once.\n";
 
 /// A length above 0; NaN, which comparisons let through, is none.
 CLI::Validator Millimetres() {
@@ -36,6 +38,7 @@ CLI::Validator Millimetres() {
 
 struct BreakUpArguments {
     BreakUpOptions options;
+    FileArguments files;
     std::optional<std::string> format;
 };
 
@@ -46,19 +49,11 @@ void AddBreakUpCommand(CLI::App& program, Action& action) {
         program.add_subcommand("breakup", "Break filled shapes up into columns that can be stitched");
     const auto arguments = std::make_shared<BreakUpArguments>();
     BreakUpOptions& options = arguments->options;
-    command->add_option("input", options.input, "Picture or SVG drawing; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("IN");
-    command->add_option("-o,--output", options.output, "SVG, JSON or PNG file to write; - is standard output")
-        ->check(FileName())
-        ->required()
-        ->type_name("OUT");
+    AddInputs(*command, arguments->files, "Picture or SVG drawing");
+    AddOutput(*command, arguments->files, "SVG, JSON or PNG file");
     command->add_option("--format", arguments->format, "Kind of output (default: by OUT's ending, SVG for -)")
         ->type_name("svg|satin|json|png");
-    command->add_option("--json", options.json, "Also write everything to this JSON file")
-        ->check(FileName())
-        ->type_name("FILE");
+    AddExtraJson(*command, arguments->files, "--json", "Also write everything to this JSON file");
     command
         ->add_option("--mm-width", options.millimetreWidth,
                      "Real width of the page in millimetres (default: what the drawing says, or 96 pixels to "
@@ -74,10 +69,21 @@ void AddBreakUpCommand(CLI::App& program, Action& action) {
                    "Do not refuse shapes with very detailed outlines around large areas")
         ->disable_flag_override();
     AddMaxPixels(*command, options.maxPixels);
-    command->footer(BREAKUP_HELP);
+    command->footer(std::string(BREAKUP_HELP) + MANY_FILES_HELP);
     command->callback([arguments, &action] {
-        arguments->options.format = StitchFormatOf(arguments->format, arguments->options.output);
-        action = [arguments] { return RunBreakUp(arguments->options); };
+        const FilePlan plan = PlanFiles(arguments->files, STITCH_FORMATS, arguments->format);
+        arguments->options.format = static_cast<StitchFormat>(plan.format);
+        action = [arguments, plan] {
+            return RunFiles("breaking up", plan, [&](const FileTask& task) {
+                BreakUpOptions ofTask = arguments->options;
+                ofTask.input = task.input;
+                ofTask.output = task.output;
+                ofTask.json = task.extra;
+                ofTask.interrupts = task.isAlone ? BreakUpInterrupts::AfterPass : BreakUpInterrupts::AtOnce;
+                RunBreakUp(ofTask);
+                return std::string();
+            });
+        };
     });
 }
 

@@ -18,7 +18,7 @@ namespace {
 StitchDesign BreakUpAll(const FilledShapes& filled, const BreakUpOptions& options) {
     StitchDesign design{filled.corner, filled.width, filled.height, filled.millimetresPerUnit, {}};
     if (options.millimetreWidth) design.millimetresPerUnit = *options.millimetreWidth / filled.width;
-    const InterruptsStopBreakUp interrupts;
+    const InterruptsStopBreakUp interrupts(options.interrupts);
     Progress progress("breaking up");
     for (const FilledShape& shape : filled.shapes) {
         progress.Report(static_cast<double>(design.shapes.size()) /
@@ -61,7 +61,7 @@ void ReportStitches(const std::string& input, const StitchDesign& design) {
 
 int RunBreakUp(const BreakUpOptions& options) {
     CheckOutput(options.output, options.input);
-    if (options.json) CheckOutput(*options.json, options.input);
+    if (!options.json.empty()) CheckOutput(options.json, options.input);
     const FilledShapes filled = ReadFilledShapes(options.input, options.maxPixels);
     if (filled.shapes.empty()) {
         const std::string why = filled.remarks.empty() ? "" : " (" + filled.remarks + ")";
@@ -71,7 +71,7 @@ int RunBreakUp(const BreakUpOptions& options) {
     ReportStitches(options.input, design);
     const std::string written = WriteStitches(design, options.format, options.mostSatin);
     WriteOutput(options.output, written);
-    if (options.json) WriteOutput(*options.json, WriteStitchJson(design));
+    if (!options.json.empty()) WriteOutput(options.json, WriteStitchJson(design));
     ReportRemarks(options.input, filled.remarks);
     return 0;
 }

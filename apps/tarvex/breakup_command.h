@@ -14,7 +14,8 @@ struct BreakUpOptions {
     std::string input;
     std::string output;
     StitchFormat format = StitchFormat::Svg;
-    std::optional<std::string> json;  ///< a second file, of everything
+    std::string json;  ///< a second file, of everything; none when empty
+    BreakUpInterrupts interrupts = BreakUpInterrupts::AfterPass;
     bool checkComplexity = true;
     std::optional<double> millimetreWidth;  ///< the page's width
     double mostSatin = 12;                  ///< millimetres

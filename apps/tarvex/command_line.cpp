@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 
 #include <charconv>
-#include <cstdio>
 #include <exception>
 #include <memory>
 #include <new>
@@ -14,6 +13,7 @@
 #include "tarvex/commands.h"
 #include "tarvex/output.h"
 #include "tarvex/program_error.h"
+#include "tarvex/progress.h"
 
 namespace tarvex::app {
 
@@ -25,7 +25,12 @@ constexpr const char* DESCRIPTION =
     "\n"
     "Pictures are PNG, JPEG, BMP or PNM; drawings are SVG. The name - stands for standard input or output.\n"
     "\n"
-    "Exit status: 0 done, 1 nothing found, 2 wrong usage, 3 a file cannot be read or written.";
+    "Every command takes many files but text, and puts the results into a directory: see the end of their "
+    "help.\n"
+    "\n"
+    "Exit status: 0 done, 1 nothing found, 2 wrong usage, 3 a file cannot be read or written, 130 "
+    "interrupted;\n"
+    "of many files 3 when there is one such, otherwise 1 when there is one with nothing found.";
 
 constexpr const char* EXAMPLES =
     "Examples:\n"
@@ -55,11 +60,8 @@ class HelpInLines : public CLI::Formatter {
     }
 };
 
-int Fail(ExitStatus status, std::string line) {
-    for (char& c : line) {
-        if (c == '\n' || c == '\r') c = ' ';
-    }
-    std::fprintf(stderr, "tarvex: %s\n", line.c_str());
+int Fail(ExitStatus status, const std::string& line) {
+    Tell(line);
     return static_cast<int>(status);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tarvex/argument_values.h"
+#include "tarvex/batch.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/info_command.h"
@@ -47,19 +48,31 @@ constexpr const char* OUT_HELP =
     "\nThe page grows to hold the result and never shrinks. What draws but is no outline (text, use,\n"
     "image) is left out, with a word on standard error.\n";
 
+template <class Options>
+struct DrawingArguments {
+    Options options;
+    FileArguments files;
+};
+
 /// Adds what changing a drawing always takes.
 template <class Options>
-void AddDrawingOptions(CLI::App& command, Options& options) {
-    command.add_option("input", options.input, "SVG drawing; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("IN");
-    command.add_option("-o,--output", options.output, "SVG file to write; - is standard output")
-        ->check(FileName())
-        ->required()
-        ->type_name("OUT");
-    AddAutoOrInteger(command, "--precision", options.precision, 0, MAX_PRECISION,
+void AddDrawingOptions(CLI::App& command, DrawingArguments<Options>& arguments) {
+    AddInputs(command, arguments.files, "SVG drawing");
+    AddOutput(command, arguments.files, "SVG file");
+    AddAutoOrInteger(command, "--precision", arguments.options.precision, 0, MAX_PRECISION,
                      "Decimals of coordinates (default auto: by the drawing's size)");
+}
+
+/// Sets what happens when all options are read.
+template <class Options>
+void SetDrawingAction(CLI::App& command, Action& action, const char* what,
+                      const std::shared_ptr<DrawingArguments<Options>>& arguments,
+                      int (*run)(const Options&)) {
+    command.callback([what, arguments, run, &action] {
+        action = [what, arguments, run, plan = PlanFiles(arguments->files, SVG_FORMAT)] {
+            return RunFiles(what, plan, arguments->options, run);
+        };
+    });
 }
 
 void AddText(CLI::App& command, const std::string& name, const std::string& type,
@@ -71,8 +84,9 @@ void AddText(CLI::App& command, const std::string& name, const std::string& type
 
 void AddTransformCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand("transform", "Scale, turn and move a drawing");
-    const auto options = std::make_shared<TransformOptions>();
-    AddDrawingOptions(*command, *options);
+    const auto arguments = std::make_shared<DrawingArguments<TransformOptions>>();
+    TransformOptions* const options = &arguments->options;
+    AddDrawingOptions(*command, *arguments);
     AddText(*command, "--rotate", "DEG|AX,AY,AZ", "Turn in the plane, or in space",
             [options](const std::string& text) {
                 const auto n = Numbers("--rotate", text, 1, 3, "an angle, nor three angles AX,AY,AZ");
@@ -93,17 +107,15 @@ void AddTransformCommand(CLI::App& program, Action& action) {
         const auto n = Numbers("--translate", text, 2, 2, "two lengths X,Y");
         options->move = {n[0], n[1]};
     });
-    command->footer(std::string(TRANSFORM_HELP) + OUT_HELP);
-    command->callback([options, &action] {
-        RequireSvg(options->output);
-        action = [options] { return RunTransform(*options); };
-    });
+    command->footer(std::string(TRANSFORM_HELP) + OUT_HELP + MANY_FILES_HELP);
+    SetDrawingAction(*command, action, "transforming", arguments, RunTransform);
 }
 
 void AddWarpCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand("warp", "Bend a drawing between two arcs");
-    const auto options = std::make_shared<WarpOptions>();
-    AddDrawingOptions(*command, *options);
+    const auto arguments = std::make_shared<DrawingArguments<WarpOptions>>();
+    WarpOptions* const options = &arguments->options;
+    AddDrawingOptions(*command, *arguments);
     command
         ->add_option_function<std::string>(
             "--type", [options](const std::string& text) { options->type = WarpType("--type", text); },
@@ -121,29 +133,35 @@ void AddWarpCommand(CLI::App& program, Action& action) {
             "How far: a length in the drawing's units, or a percentage of its height")
         ->required()
         ->type_name("D|P%");
-    command->footer(std::string(WARP_HELP) + OUT_HELP);
-    command->callback([options, &action] {
-        RequireSvg(options->output);
-        action = [options] { return RunWarp(*options); };
-    });
+    command->footer(std::string(WARP_HELP) + OUT_HELP + MANY_FILES_HELP);
+    SetDrawingAction(*command, action, "warping", arguments, RunWarp);
 }
 
 void AddInfoCommand(CLI::App& program, Action& action) {
     CLI::App* command =
         program.add_subcommand("info", "Measure a drawing, or name a picture's size and format");
-    const auto options = std::make_shared<InfoOptions>();
-    command
-        ->add_option("input", options->input,
-                     "SVG drawing, or PNG, JPEG, BMP or PNM picture; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("IN");
-    command->add_flag("--json", options->asJson, "Print JSON")->disable_flag_override();
-    AddMaxPixels(*command, options->maxPixels);
+    const auto arguments = std::make_shared<DrawingArguments<InfoOptions>>();
+    InfoOptions& options = arguments->options;
+    AddInputs(*command, arguments->files, "SVG drawing, or PNG, JPEG, BMP or PNM picture");
+    command->add_flag("--json", options.asJson, "Print JSON, a line for each file")->disable_flag_override();
+    AddMaxPixels(*command, options.maxPixels);
     command->footer(
         "Area is that of all contours together, those that run the other way counted off; winding is\n"
-        "as seen on the screen. Lengths are in the drawing's units.\n");
-    command->callback([options, &action] { action = [options] { return RunInfo(*options); }; });
+        "as seen on the screen. Lengths are in the drawing's units.\n"
+        "\n"
+        "Several files come out in the order in which they are named; those that fail are told on standard\n"
+        "error and do not stop the others. The exit status is 0 when all are done, otherwise 3.\n");
+    command->callback([arguments, &action] {
+        action = [arguments, plan = PlanFiles(arguments->files)] {
+            return RunFiles("measuring", plan, [&](const FileTask& task) {
+                InfoOptions ofTask = arguments->options;
+                ofTask.input = task.input;
+                std::string text = InfoText(ofTask);
+                const bool isTable = std::count(text.begin(), text.end(), '\n') > 1;
+                return task.isAlone || !isTable ? text : text + '\n';
+            });
+        };
+    });
 }
 
 }  // namespace tarvex::app

@@ -143,7 +143,7 @@ struct ElementMeasures {
 
 std::string DrawingAsText(const std::string& name, const SvgDocument& drawing,
                           const std::vector<ElementMeasures>& elements, const Measures& all) {
-    std::string out = name + ": SVG drawing";
+    std::string out = Printable(name) + ": SVG drawing";
     if (drawing.page) out += ", " + SizeText(*drawing.page);
     out += "\n\n";
     out +=
@@ -165,9 +165,10 @@ std::string DrawingAsText(const std::string& name, const SvgDocument& drawing,
     return out + '\n' + Table(rows);
 }
 
-Json DrawingAsJson(const SvgDocument& drawing, const std::vector<ElementMeasures>& elements,
-                   const Measures& all) {
+Json DrawingAsJson(const std::string& file, const SvgDocument& drawing,
+                   const std::vector<ElementMeasures>& elements, const Measures& all) {
     Json json;
+    json["file"] = file;
     json["kind"] = "drawing";
     json["page"] = nullptr;
     if (const auto& page = drawing.page)
@@ -200,7 +201,7 @@ std::string DrawingInfo(const InfoOptions& options, const SvgDocument& drawing) 
         elements.push_back({&element, MeasuresOf(element.outline)});
         all.Add(elements.back().measures);
     }
-    if (options.asJson) return AsText(DrawingAsJson(drawing, elements, all));
+    if (options.asJson) return AsText(DrawingAsJson(options.input, drawing, elements, all));
     return DrawingAsText(InputName(options.input), drawing, elements, all);
 }
 
@@ -239,6 +240,7 @@ const char* NameOf(PixelFormat format) {
 std::string PictureInfo(const InfoOptions& options, PictureKind kind, const Picture& picture) {
     if (options.asJson) {
         Json json;
+        json["file"] = options.input;
         json["kind"] = "picture";
         json["format"] = NameOf(kind);
         json["width"] = picture.width;
@@ -246,8 +248,9 @@ std::string PictureInfo(const InfoOptions& options, PictureKind kind, const Pict
         json["pixels"] = NameOf(picture.format);
         return AsText(json);
     }
-    return InputName(options.input) + ": " + NameOf(kind) + " picture, " + std::to_string(picture.width) +
-           " x " + std::to_string(picture.height) + " pixels, " + NameOf(picture.format) + '\n';
+    return Printable(InputName(options.input)) + ": " + NameOf(kind) + " picture, " +
+           std::to_string(picture.width) + " x " + std::to_string(picture.height) + " pixels, " +
+           NameOf(picture.format) + '\n';
 }
 
 bool IsKnown(Bytes start) { return PictureKindOf(start) != PictureKind::Unknown || LooksLikeSvg(start); }
@@ -263,29 +266,22 @@ std::vector<std::uint8_t> Read(const InfoOptions& options) {
 
 }  // namespace
 
-int RunInfo(const InfoOptions& options) {
+std::string InfoText(const InfoOptions& options) {
     const std::vector<std::uint8_t> bytes = Read(options);
     const PictureKind kind = PictureKindOf(bytes);
-    std::string text;
     try {
-        if (kind != PictureKind::Unknown) {
-            text = PictureInfo(options, kind, DecodePicture(bytes, {options.maxPixels}));
-        } else if (bytes.empty() || IsKnown(bytes) || bytes[0] == 0x1F) {
-            const SvgDocument drawing = ParseSvg(bytes);
-            text = DrawingInfo(options, drawing);
-            std::fwrite(text.data(), 1, text.size(), stdout);
-            if (!options.asJson) ReportRemarks(options.input, drawing.remarks);
-            return 0;
-        } else {
+        if (kind != PictureKind::Unknown)
+            return PictureInfo(options, kind, DecodePicture(bytes, {options.maxPixels}));
+        if (!bytes.empty() && !IsKnown(bytes) && bytes[0] != 0x1F)
             throw SvgError("neither an SVG drawing nor a picture this program reads (PNG, JPEG, BMP or PNM)");
-        }
+        const SvgDocument drawing = ParseSvg(bytes);
+        if (!options.asJson) ReportRemarks(options.input, drawing.remarks);
+        return DrawingInfo(options, drawing);
     } catch (const SvgError& error) {
         throw ProgramError(ExitStatus::File, InputName(options.input), error.what());
     } catch (const PictureError& error) {
         throw ProgramError(ExitStatus::File, InputName(options.input), error.what());
     }
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return 0;
 }
 
 }  // namespace tarvex::app

@@ -2,7 +2,7 @@
 //
 // As JSON, a drawing is
 //
-//     {"kind": "drawing", "page": [x, y, width, height] or null, <measures>,
+//     {"file": NAME, "kind": "drawing", "page": [x, y, width, height] or null, <measures>,
 //      "elements": [{"element": "path", "id": "..." or null, <measures>}, ...], "remarks": "..." or null}
 //
 // where <measures> are
@@ -12,7 +12,9 @@
 //
 // and a picture is
 //
-//     {"kind": "picture", "format": "PNG", "width": 640, "height": 480, "pixels": "RGB"}
+//     {"file": NAME, "kind": "picture", "format": "PNG", "width": 640, "height": 480, "pixels": "RGB"}
+//
+// `file` is the name that was given. Of several files each is a line by itself.
 //
 // Lengths are in the root's user space, with the transforms of groups applied, rounded to 6 decimals.
 // `page` is what the root shows (null: all). Elements that are not shown (display="none") do not count.
@@ -33,7 +35,7 @@ struct InfoOptions {
     std::uint64_t maxPixels = 100'000'000;
 };
 
-/// Prints to standard output; returns the program's exit status or raises ProgramError.
-int RunInfo(const InfoOptions& options);
+/// What is printed, text or a line of JSON. Raises ProgramError.
+std::string InfoText(const InfoOptions& options);
 
 }  // namespace tarvex::app

@@ -1,5 +1,6 @@
 #include "tarvex/output.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 
 #include "tarvex/program_error.h"
 
@@ -42,14 +44,30 @@ std::FILE* OpenFile(const fs::path& path, const char* mode) { return std::fopen(
 
 [[noreturn]] void FailByErrno(const std::string& path) { Fail(path, std::strerror(errno)); }
 
-// A signal handler may touch little: a fixed buffer, published by an atomic flag, holds the name of
-// the file to remove.
-char pendingName[4096];
-std::atomic<bool> isPending{false};
-static_assert(std::atomic<bool>::is_always_lock_free);
+// The names of the files being written aside, one for each thread at work. A name goes in before its file is
+// made and out when it is renamed or removed, so that a signal handler on the only thread that writes can
+// remove what there is: it touches nothing else. Where several threads write, the mutex holds the table
+// still, and the files with it, for the one that ends the program.
+std::array<std::atomic<const char*>, MOST_WRITERS> asides{};
+std::mutex asidesMutex;
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+std::atomic<bool> areInterruptsHeld{false};
+std::atomic<int> heldSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+void RemoveAsides() {
+    for (const std::atomic<const char*>& aside : asides) {
+        if (const char* name = aside.load(std::memory_order_acquire); name != nullptr) std::remove(name);
+    }
+}
 
 extern "C" void OnInterrupt(int signal) {
-    if (isPending.load(std::memory_order_acquire)) std::remove(pendingName);
+    if (areInterruptsHeld) {
+        heldSignal = signal;
+        return;
+    }
+    RemoveAsides();
     std::_Exit(128 + signal);
 }
 
@@ -61,20 +79,26 @@ class AsideFile {
             const std::string suffix = std::to_string(ProcessId()) + "-" + std::to_string(attempt) + ".tmp";
             std::string name = ".";
             name += target.filename().string().substr(0, 200) + "." + suffix;
-            m_name = target.parent_path() / name;
+            m_path = target.parent_path() / name;
+            m_name = m_path.string();
+            const std::lock_guard lock(asidesMutex);
             Publish();
-            m_file.reset(OpenFile(m_name, FILE_MODE("wbx")));
+            m_file.reset(OpenFile(m_path, FILE_MODE("wbx")));
             if (m_file) return;
-            isPending.store(false, std::memory_order_release);
-            if (errno != EEXIST || attempt == 1000) FailByErrno(path);
+            const int error = errno;
+            Withdraw();
+            errno = error;
+            if (error != EEXIST || attempt == 1000) FailByErrno(path);
         }
     }
 
     ~AsideFile() {
         m_file.reset();
-        if (!isPending.exchange(false)) return;
+        if (m_slot == nullptr) return;
+        const std::lock_guard lock(asidesMutex);
         std::error_code ignored;
-        fs::remove(m_name, ignored);
+        fs::remove(m_path, ignored);
+        Withdraw();
     }
     AsideFile(const AsideFile&) = delete;
     AsideFile& operator=(const AsideFile&) = delete;
@@ -83,10 +107,12 @@ class AsideFile {
 
     void RenameTo(const fs::path& target, const std::string& path) {
         if (std::fclose(m_file.release()) != 0) FailByErrno(path);
+        const std::lock_guard lock(asidesMutex);
         std::error_code error;
-        fs::rename(m_name, target, error);
-        if (error) Fail(path, error.message());
-        isPending.store(false, std::memory_order_release);
+        fs::rename(m_path, target, error);
+        if (!error) return Withdraw();
+        const std::string what = error.message();
+        Fail(path, what);
     }
 
   private:
@@ -94,14 +120,23 @@ class AsideFile {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
 
+    // The caller holds the mutex for these.
     void Publish() {
-        const std::string name = m_name.string();
-        if (name.size() >= sizeof pendingName) return;
-        std::memcpy(pendingName, name.c_str(), name.size() + 1);
-        isPending.store(true, std::memory_order_release);
+        for (std::atomic<const char*>& slot : asides) {
+            if (slot.load(std::memory_order_relaxed) != nullptr) continue;
+            m_slot = &slot;
+            slot.store(m_name.c_str(), std::memory_order_release);
+            return;
+        }
+    }
+    void Withdraw() {
+        if (m_slot != nullptr) m_slot->store(nullptr, std::memory_order_release);
+        m_slot = nullptr;
     }
 
-    fs::path m_name;
+    fs::path m_path;
+    std::string m_name;
+    std::atomic<const char*>* m_slot = nullptr;
     std::unique_ptr<std::FILE, CloseFile> m_file;
 };
 
@@ -189,6 +224,21 @@ void RemoveOutputOnInterrupt() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
+}
+
+HeldInterrupts::HeldInterrupts() {
+    heldSignal = 0;
+    areInterruptsHeld = true;
+}
+
+HeldInterrupts::~HeldInterrupts() { areInterruptsHeld = false; }
+
+int HeldInterrupts::Signal() const { return heldSignal; }
+
+void HeldInterrupts::EndProgram() const {
+    const std::lock_guard lock(asidesMutex);  // never given back: no file is made or renamed any more
+    RemoveAsides();
+    std::_Exit(128 + heldSignal);
 }
 
 }  // namespace tarvex::app

@@ -1,13 +1,19 @@
-// One line on a terminal for work that takes a while.
+// What the program says on standard error: lines, and on a terminal how far the work has come.
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 
 namespace tarvex::app {
 
-/// Shows "WHAT 42%" on standard error, overwriting itself, once the work has lasted half a second,
-/// and clears the line at the end. Silent when standard error is no terminal.
+/// Prints "tarvex: LINE" on standard error. The line comes out whole, whatever other threads say, and above
+/// any progress; control characters in it, which a terminal would obey, become question marks.
+void Tell(const std::string& line);
+
+/// Shows how far the work has come on the last line of a terminal, overwriting itself, once the work has
+/// lasted half a second, and clears the line at the end. Silent when standard error is no terminal, and when
+/// there is another one already: work of many files shows itself, and not what goes on in each.
 class Progress {
   public:
     explicit Progress(std::string what);
@@ -15,15 +21,19 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// `fraction` of the work, 0 to 1, is done. Cheap enough to call a thousand times a second.
+    /// `fraction` of the work, 0 to 1, is done: "WHAT 42%". Cheap enough to call a thousand times a second.
     void Report(double fraction);
+    /// So many files of how many: "WHAT [=====>    ] 120 of 300, 1 failed, 2:05 left".
+    void ReportFiles(std::size_t done, std::size_t failed, std::size_t all);
 
   private:
     using Clock = std::chrono::steady_clock;
 
+    bool IsDue();
+
     std::string m_what;
-    bool m_isTerminal;
-    bool m_isShown = false;
+    bool m_isMine;
+    Clock::time_point m_start;
     Clock::time_point m_next;
 };
 

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "tarvex/argument_values.h"
+#include "tarvex/batch.h"
 #include "tarvex/colors.h"
 #include "tarvex/commands.h"
 #include "tarvex/input.h"
@@ -45,12 +47,10 @@ std::string EncodeReduced(const IndexedPicture& picture) {
     return EncodeIndexedPng(picture.width, picture.height, picture.indices, palette);
 }
 
-void CheckFiles(const ReduceOptions& options) {
-    if (options.output != "-" && !CLI::detail::to_lower(options.output).ends_with(".png"))
-        throw CLI::ValidationError(options.output, "its ending is not .png");
-    if (options.palette == options.output)
-        throw CLI::ValidationError("--palette", "picture and palette cannot go to the same place");
-}
+struct ReduceArguments {
+    ReduceOptions options;
+    FileArguments files;
+};
 
 }  // namespace
 
@@ -77,38 +77,36 @@ int RunReduce(const ReduceOptions& options) {
 
 void AddReduceCommand(CLI::App& program, Action& action) {
     CLI::App* reduce = program.add_subcommand("reduce", "Reduce a picture to its main colours");
-    const auto options = std::make_shared<ReduceOptions>();
-    reduce->add_option("input", options->input, "PNG, JPEG, BMP or PNM picture; - is standard input")
-        ->required()
-        ->check(FileName())
-        ->type_name("IN");
+    const auto arguments = std::make_shared<ReduceArguments>();
+    ReduceOptions& options = arguments->options;
+    AddInputs(*reduce, arguments->files, "PNG, JPEG, BMP or PNM picture");
+    AddOutput(*reduce, arguments->files, "PNG file, with a palette,");
     reduce
-        ->add_option("-o,--output", options->output,
-                     "PNG file to write, with a palette; - is standard output")
-        ->required()
-        ->check(FileName())
-        ->type_name("OUT");
-    reduce
-        ->add_option("--colors", options->settings.colors,
+        ->add_option("--colors", options.settings.colors,
                      "The most colours to keep (255 beside transparent pixels)")
         ->required()
         ->check(WholeNumber(1, 256))
         ->type_name("1..256");
     reduce
-        ->add_option("--level", options->settings.level,
+        ->add_option("--level", options.settings.level,
                      "Merge more (above 0) or fewer (down to -35) similar colours")
         ->check(CLI::Range(-1000, 100'000).description(""))
         ->type_name("L")
         ->capture_default_str();
-    reduce
-        ->add_option("--palette", options->palette,
-                     "JSON file for the colours, how often they occur, their inks and hues")
-        ->check(FileName())
-        ->type_name("FILE");
-    AddMaxPixels(*reduce, options->maxPixels);
-    reduce->callback([options, &action] {
-        CheckFiles(*options);
-        action = [options] { return RunReduce(*options); };
+    AddExtraJson(*reduce, arguments->files, "--palette",
+                 "JSON file for the colours, how often they occur, their inks and hues");
+    AddMaxPixels(*reduce, options.maxPixels);
+    reduce->callback([arguments, &action] {
+        action = [arguments, plan = PlanFiles(arguments->files, PNG_FORMAT)] {
+            return RunFiles("reducing", plan, [&](const FileTask& task) {
+                ReduceOptions ofTask = arguments->options;
+                ofTask.input = task.input;
+                ofTask.output = task.output;
+                ofTask.palette = task.extra;
+                RunReduce(ofTask);
+                return std::string();
+            });
+        };
     });
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "tarvex/batch.h"
 #include "tarvex/commands.h"
 #include "tarvex/region_command.h"
 
@@ -22,6 +23,7 @@ constexpr const char* REGION_HELP =
 
 struct RegionArguments {
     RegionOptions options;
+    FileArguments files;
     std::string seed;
     std::optional<std::string> format;
     bool isRough = false;
@@ -44,7 +46,6 @@ void Complete(RegionArguments& arguments) {
     TakeSeed(arguments);
     RegionOptions& options = arguments.options;
     options.isSmooth = !arguments.isRough;
-    options.format = StitchFormatOf(arguments.format, options.output);
     if (!options.isBrokenUp && (options.format == StitchFormat::Satin || options.format == StitchFormat::Png))
         throw CLI::ValidationError("--format", "outlines are svg or json; the others need --breakup");
 }
@@ -55,17 +56,11 @@ void AddRegionCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand("region", "Outline the colour region around a pixel");
     const auto arguments = std::make_shared<RegionArguments>();
     RegionOptions& options = arguments->options;
-    command->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("IN");
+    AddInputs(*command, arguments->files, "PNG, JPEG, BMP or PNM picture");
     command->add_option("--seed", arguments->seed, "The pixel to start from, from the top left")
         ->required()
         ->type_name("X,Y");
-    command->add_option("-o,--output", options.output, "SVG or JSON file to write; - is standard output")
-        ->check(FileName())
-        ->required()
-        ->type_name("OUT");
+    AddOutput(*command, arguments->files, "SVG or JSON file");
     command
         ->add_option("--tolerance", options.tolerance,
                      "How far colours may be from the seed's, as a distance in red, green and blue; above 0 "
@@ -82,10 +77,15 @@ void AddRegionCommand(CLI::App& program, Action& action) {
                      "Kind of output, satin and png with --breakup (default: by OUT's ending, SVG for -)")
         ->type_name("svg|json|satin|png");
     AddMaxPixels(*command, options.maxPixels);
-    command->footer(REGION_HELP);
+    command->footer(std::string(REGION_HELP) + MANY_FILES_HELP);
     command->callback([arguments, &action] {
+        const FilePlan plan = PlanFiles(arguments->files, STITCH_FORMATS, arguments->format);
+        arguments->options.format = static_cast<StitchFormat>(plan.format);
         Complete(*arguments);
-        action = [arguments] { return RunRegion(arguments->options); };
+        action = [arguments, plan] {
+            if (plan.tasks.size() > 1) arguments->options.interrupts = BreakUpInterrupts::AtOnce;
+            return RunFiles("outlining", plan, arguments->options, RunRegion);
+        };
     });
 }
 

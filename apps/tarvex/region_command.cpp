@@ -123,7 +123,7 @@ int RunRegion(const RegionOptions& options) {
     const std::string colour = Hex(tracer.GetPixel(options.seedX, options.seedY));
     CPolyPolyInclination positions;
     {
-        const InterruptsStopBreakUp interrupts;
+        const InterruptsStopBreakUp interrupts(options.interrupts);
         tracer.DoTrace(options.seedX, options.seedY, options.isBrokenUp ? &positions : nullptr,
                        options.tolerance * options.tolerance, false, false, false);
     }

@@ -18,6 +18,7 @@ struct RegionOptions {
     bool isSmooth = true;
     bool isBrokenUp = false;
     StitchFormat format = StitchFormat::Svg;
+    BreakUpInterrupts interrupts = BreakUpInterrupts::AfterPass;
     std::uint64_t maxPixels = PictureLimits{}.maxPixels;
 };
 

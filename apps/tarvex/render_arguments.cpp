@@ -1,12 +1,11 @@
 // The options of `tarvex render`.
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "tarvex/argument_values.h"
+#include "tarvex/batch.h"
 #include "tarvex/commands.h"
 #include "tarvex/render_command.h"
 
@@ -21,36 +20,30 @@ constexpr const char* RENDER_HELP =
     "are shown as grey; style sheets are not read; text, images and the like are left out, with a word on\n"
     "standard error.\n";
 
-void RequirePng(const std::string& output) {
-    std::string ending = std::filesystem::path(output).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (output != "-" && ending != ".png") throw CLI::ValidationError(output, "its ending is not .png");
-}
+struct RenderArguments {
+    RenderOptions options;
+    FileArguments files;
+};
 
 }  // namespace
 
 void AddRenderCommand(CLI::App& program, Action& action) {
     CLI::App* command = program.add_subcommand("render", "Draw a drawing to a picture");
-    const auto options = std::make_shared<RenderOptions>();
-    command->add_option("input", options->input, "SVG drawing; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("IN");
-    command->add_option("-o,--output", options->output, "PNG file to write; - is standard output")
-        ->check(FileName())
-        ->required()
-        ->type_name("OUT");
+    const auto arguments = std::make_shared<RenderArguments>();
+    RenderOptions& options = arguments->options;
+    AddInputs(*command, arguments->files, "SVG drawing");
+    AddOutput(*command, arguments->files, "PNG file");
     command
-        ->add_option("--width", options->width,
+        ->add_option("--width", options.width,
                      "Pixels across (default: " + std::to_string(LONGER_SIDE) + " along the longer side)")
         ->check(WholeNumber(1, MAX_RENDERED_WIDTH))
         ->type_name("PX");
-    AddMaxPixels(*command, options->maxPixels);
-    command->footer(RENDER_HELP);
-    command->callback([options, &action] {
-        RequirePng(options->output);
-        action = [options] { return RunRender(*options); };
+    AddMaxPixels(*command, options.maxPixels);
+    command->footer(std::string(RENDER_HELP) + MANY_FILES_HELP);
+    command->callback([arguments, &action] {
+        action = [arguments, plan = PlanFiles(arguments->files, PNG_FORMAT)] {
+            return RunFiles("rendering", plan, arguments->options, RunRender);
+        };
     });
 }
 

@@ -2,13 +2,13 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "tarvex/argument_values.h"
+#include "tarvex/batch.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
 #include "tarvex/shape_command.h"
@@ -38,32 +38,16 @@ an element's contours surrounds; "winding" fills every contour by itself, so tha
 --raster combines pixels, 2000 along the longer side, and traces the result: coarser, but indifferent to
 damaged outlines. Under --raster, "alternate" counts the contours of all elements together.
 
+Of several A each is combined with the one B.
+
 The result is one path with the colour of A's first filled element, on A's page, which grows to hold it.
 )";
 
 struct ShapeArguments {
     ShapeOptions options;
+    FileArguments files;
     std::optional<std::string> format;
 };
-
-std::string LowerEnding(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending;
-}
-
-Format FormatOf(const ShapeArguments& arguments) {
-    const std::string& output = arguments.options.output;
-    if (arguments.format) {
-        if (*arguments.format == "json") return Format::Json;
-        if (*arguments.format == "svg") return Format::Svg;
-        throw CLI::ValidationError("--format", "'" + *arguments.format + "' is neither svg nor json");
-    }
-    if (output == "-" || LowerEnding(output) == ".svg") return Format::Svg;
-    if (LowerEnding(output) == ".json") return Format::Json;
-    throw CLI::ValidationError(output, "its ending is neither .svg nor .json; name it so, or add --format");
-}
 
 void ParseOperation(const std::string& text, ShapingOperation& operation) {
     const auto* found = std::find(std::begin(SHAPING_NAMES), std::end(SHAPING_NAMES), text);
@@ -88,15 +72,20 @@ void AddFill(CLI::App& command, const std::string& name, const std::string& whic
         ->type_name("drawn|alternate|winding");
 }
 
-void Complete(ShapeArguments& arguments) {
+FilePlan Complete(ShapeArguments& arguments) {
     ShapeOptions& options = arguments.options;
-    options.format = FormatOf(arguments);
+    std::vector<std::string>& inputs = arguments.files.inputs;
+    options.b.path = inputs.back();
+    inputs.pop_back();
+    if (options.b.path == "-" && (inputs.size() > 1 || inputs.front() == "-"))
+        throw CLI::ValidationError("B", "standard input can be one of the drawings, not both");
+    const FilePlan plan = PlanFiles(arguments.files, OUTLINE_FORMATS, arguments.format);
+    options.format = static_cast<Format>(plan.format);
     if (options.byRaster && options.operation == SHAPING_XOR) {
         throw CLI::ValidationError("--raster",
                                    "rasters have no xor: leave it out, or combine two differences");
     }
-    if (options.a.path == "-" && options.b.path == "-")
-        throw CLI::ValidationError("B", "standard input can be one of the drawings, not both");
+    return plan;
 }
 
 }  // namespace
@@ -111,18 +100,8 @@ void AddShapeCommand(CLI::App& program, Action& action) {
             "What to do, see below")
         ->required()
         ->type_name("difference|intersection|xor|union");
-    command->add_option("a", options.a.path, "SVG drawing; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("A");
-    command->add_option("b", options.b.path, "SVG drawing; - is standard input")
-        ->check(FileName())
-        ->required()
-        ->type_name("B");
-    command->add_option("-o,--output", options.output, "SVG or JSON file to write; - is standard output")
-        ->check(FileName())
-        ->required()
-        ->type_name("OUT");
+    AddInputs(*command, arguments->files, "SVG drawings: one A or many, and B", 2);
+    AddOutput(*command, arguments->files, "SVG or JSON file");
     command->add_option("--format", arguments->format, "Kind of output (default: by OUT's ending, SVG for -)")
         ->type_name("svg|json");
     command->add_flag("--raster", options.byRaster, "Combine pixels instead of curves")
@@ -131,10 +110,17 @@ void AddShapeCommand(CLI::App& program, Action& action) {
     AddFill(*command, "--fill-b", "B", options.b.fill);
     AddAutoOrInteger(*command, "--precision", options.precision, 0, MAX_PRECISION,
                      "Decimals of coordinates (default auto: by the drawing's size)");
-    command->footer(SHAPE_HELP);
+    command->footer(std::string(SHAPE_HELP) + MANY_FILES_HELP);
     command->callback([arguments, &action] {
-        Complete(*arguments);
-        action = [arguments] { return RunShape(arguments->options); };
+        action = [arguments, plan = Complete(*arguments)] {
+            return RunFiles("shaping", plan, [&](const FileTask& task) {
+                ShapeOptions ofTask = arguments->options;
+                ofTask.a.path = task.input;
+                ofTask.output = task.output;
+                RunShape(ofTask);
+                return std::string();
+            });
+        };
     });
 }
 

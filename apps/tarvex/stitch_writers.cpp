@@ -96,30 +96,30 @@ std::string PathData(const Item& item) {
     return data;
 }
 
-const char* NameOf(BreakUpEnd end) {
-    switch (end) {
-        case BreakUpEnd::Done:
-            return "done";
-        case BreakUpEnd::EmptyFrame:
-            return "empty-frame";
-        case BreakUpEnd::NoRaster:
-            return "no-raster";
-        case BreakUpEnd::TooComplicated:
-            return "too-complicated";
-        case BreakUpEnd::TooManyLines:
-            return "too-many-lines";
-        case BreakUpEnd::UncutJunction:
-            return "uncut-junction";
-        case BreakUpEnd::Aborted:
-            return "aborted";
-        case BreakUpEnd::TimedOut:
-            return "timed-out";
-        case BreakUpEnd::TooManyPasses:
-            return "too-many-passes";
-        case BreakUpEnd::NotSplit:
-            break;
-    }
-    return "not-split";
+/// How a break-up ended, for programs and for people.
+struct EndText {
+    BreakUpEnd end;
+    const char* name;
+    const char* explanation;
+};
+constexpr std::array<EndText, 10> END_TEXTS = {{
+    {BreakUpEnd::Done, "done", "broken up"},
+    {BreakUpEnd::EmptyFrame, "empty-frame", "nothing is large enough"},
+    {BreakUpEnd::NoRaster, "no-raster", "there is no memory for its rendering"},
+    {BreakUpEnd::TooComplicated, "too-complicated",
+     "the outline is too detailed for its size (see --no-complexity-check)"},
+    {BreakUpEnd::TooManyLines, "too-many-lines", "the skeleton falls into 500 lines or more"},
+    {BreakUpEnd::UncutJunction, "uncut-junction", "a junction of strokes could not be cut"},
+    {BreakUpEnd::Aborted, "aborted", "interrupted"},
+    {BreakUpEnd::TimedOut, "timed-out", "it takes more than 60 seconds"},
+    {BreakUpEnd::TooManyPasses, "too-many-passes", "strokes still meet after six passes"},
+    {BreakUpEnd::NotSplit, "not-split", "a region has no two sides to stitch between"},
+}};
+
+const EndText& TextOf(BreakUpEnd end) {
+    const auto* found = std::find_if(END_TEXTS.begin(), END_TEXTS.end(),
+                                     [end](const EndText& text) { return text.end == end; });
+    return found == END_TEXTS.end() ? END_TEXTS.back() : *found;
 }
 
 CPolyPolyBezier AsContours(const std::vector<Line>& lines) {
@@ -160,31 +160,7 @@ nlohmann::ordered_json PointsOf(const Line& line) {
 
 }  // namespace
 
-std::string Explained(BreakUpEnd end) {
-    switch (end) {
-        case BreakUpEnd::Done:
-            return "broken up";
-        case BreakUpEnd::EmptyFrame:
-            return "nothing is large enough";
-        case BreakUpEnd::NoRaster:
-            return "there is no memory for its rendering";
-        case BreakUpEnd::TooComplicated:
-            return "the outline is too detailed for its size (see --no-complexity-check)";
-        case BreakUpEnd::TooManyLines:
-            return "the skeleton falls into 500 lines or more";
-        case BreakUpEnd::UncutJunction:
-            return "a junction of strokes could not be cut";
-        case BreakUpEnd::Aborted:
-            return "interrupted";
-        case BreakUpEnd::TimedOut:
-            return "it takes more than 60 seconds";
-        case BreakUpEnd::TooManyPasses:
-            return "strokes still meet after six passes";
-        case BreakUpEnd::NotSplit:
-            break;
-    }
-    return "a region has no two sides to stitch between";
-}
+std::string Explained(BreakUpEnd end) { return TextOf(end).explanation; }
 
 std::string WriteStitchSvg(const StitchDesign& design) {
     const double lineWidth = LINE_WIDTH * LongerSide(design);
@@ -248,7 +224,7 @@ std::string WriteStitchJson(const StitchDesign& design) {
                                    {"inclinations", std::move(inclinations)}});
             }
             for (const DLINE& cut : island.cuts) cuts.push_back({cut.p1.x, cut.p1.y, cut.p2.x, cut.p2.y});
-            islands.push_back({{"result", NameOf(island.end)},
+            islands.push_back({{"result", TextOf(island.end).name},
                                {"area", AreaOf(island)},
                                {"pixelsPerUnit", island.pixelsPerUnit},
                                {"regions", std::move(regions)},

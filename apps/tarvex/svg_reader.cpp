@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <string_view>
@@ -13,6 +12,7 @@
 
 #include "tarvex/input.h"
 #include "tarvex/program_error.h"
+#include "tarvex/progress.h"
 #include "tarvex/svg_path.h"
 #include "tarvex/svg_text.h"
 #include "tarvex/view.h"
@@ -435,7 +435,7 @@ SvgDocument ReadSvg(const std::string& path) {
 }
 
 void ReportRemarks(const std::string& path, const std::string& remarks) {
-    if (!remarks.empty()) std::fprintf(stderr, "tarvex: %s: %s\n", InputName(path).c_str(), remarks.c_str());
+    if (!remarks.empty()) Tell(InputName(path) + ": " + remarks);
 }
 
 }  // namespace tarvex::app

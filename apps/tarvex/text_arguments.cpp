@@ -85,7 +85,7 @@ struct Pending {
 
 void Finish(Pending& pending) {
     TextOptions& options = *pending.options;
-    RequireSvg(options.output);
+    FormatIndex(SVG_FORMAT, std::nullopt, options.output);
     if ((pending.at || pending.isInside) && !options.ellipse)
         throw CLI::ValidationError(pending.at ? "--at" : "--inside", "it goes with --ellipse");
     if (pending.warpType.has_value() != pending.warpAmount.has_value())

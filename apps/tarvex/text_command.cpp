@@ -2,7 +2,6 @@
 #include "tarvex/text_command.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 #include "tarvex/bend.h"
@@ -10,6 +9,7 @@
 #include "tarvex/measure.h"
 #include "tarvex/output.h"
 #include "tarvex/program_error.h"
+#include "tarvex/progress.h"
 #include "tarvex/svg_rewriter.h"
 #include "tarvex/svg_writer.h"
 #include "tarvex/view.h"
@@ -124,8 +124,7 @@ int RunText(const TextOptions& options) {
     if (!options.ellipse && !options.warp) Unite(frame, linesFrame);
     WriteOutput(options.output, Svg(glyphs, *frame, options));
     if (!IsGenericFamily(options.style.family) && !IsSameName(options.style.family, family))
-        std::fprintf(stderr, "tarvex: there is no font %s; %s stands in for it\n",
-                     options.style.family.c_str(), family.c_str());
+        Tell("there is no font " + options.style.family + "; " + family + " stands in for it");
     return 0;
 }
 

@@ -1,14 +1,12 @@
 // The options of `tarvex trace`.
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
 
 #include "tarvex/argument_values.h"
+#include "tarvex/batch.h"
 #include "tarvex/color_trace.h"
 #include "tarvex/commands.h"
 #include "tarvex/decimal.h"
@@ -25,33 +23,12 @@ constexpr int MOST_SPECK_PIXELS = 256;
 /// What the parser collects: the options themselves, and words that become options at the end.
 struct TraceArguments {
     TraceOptions options;
+    FileArguments files;
     std::string mode = "outline";
     std::optional<std::string> format;
     std::optional<int> colors;
     bool cutout = false;
 };
-
-std::string LowerEnding(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending;
-}
-
-Format FormatOf(const TraceArguments& arguments) {
-    static const std::map<std::string, Format> formats = {{"svg", Format::Svg}, {"json", Format::Json}};
-    if (arguments.format) {
-        const auto found = formats.find(*arguments.format);
-        if (found != formats.end()) return found->second;
-        throw CLI::ValidationError("--format", "'" + *arguments.format + "' is neither svg nor json");
-    }
-    if (arguments.options.output == "-") return Format::Svg;
-    const std::string ending = LowerEnding(arguments.options.output);
-    const auto found = ending.empty() ? formats.end() : formats.find(ending.substr(1));
-    if (found != formats.end()) return found->second;
-    throw CLI::ValidationError(arguments.options.output,
-                               "its ending is neither .svg nor .json; name it so, or add --format");
-}
 
 TraceMode ModeOf(const TraceArguments& arguments) {
     static const std::map<std::string, TraceMode> modes = {{"outline", TraceMode::Outline},
@@ -121,7 +98,6 @@ void AddEdgeOptions(CLI::App& trace, const std::shared_ptr<TraceArguments>& argu
 void Complete(TraceArguments& arguments) {
     arguments.options.mode = ModeOf(arguments);
     CheckOptionsOfMode(arguments.options);
-    arguments.options.format = FormatOf(arguments);
     const bool isColor = arguments.options.mode == TraceMode::Color;
     if (arguments.colors && !isColor) throw CLI::ValidationError("--colors", "is for --mode color");
     if (arguments.cutout && !isColor) throw CLI::ValidationError("--cutout", "is for --mode color");
@@ -129,8 +105,10 @@ void Complete(TraceArguments& arguments) {
         throw CLI::ValidationError("--mode", "color is written as svg only");
 }
 
-int Run(const TraceArguments& arguments) {
-    const TraceOptions& options = arguments.options;
+int RunTask(const TraceArguments& arguments, const FileTask& task) {
+    TraceOptions options = arguments.options;
+    options.input = task.input;
+    options.output = task.output;
     if (options.mode != TraceMode::Color) return RunTrace(options);
     ColorTraceOptions color;
     color.input = options.input;
@@ -150,14 +128,8 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         "trace", "Trace a picture to Bezier outlines, regions of colour, centre lines or edges");
     const auto arguments = std::make_shared<TraceArguments>();
     TraceOptions& options = arguments->options;
-    trace->add_option("input", options.input, "PNG, JPEG, BMP or PNM picture; - is standard input")
-        ->required()
-        ->check(FileName())
-        ->type_name("IN");
-    trace->add_option("-o,--output", options.output, "SVG or JSON file to write; - is standard output")
-        ->required()
-        ->check(FileName())
-        ->type_name("OUT");
+    AddInputs(*trace, arguments->files, "PNG, JPEG, BMP or PNM picture");
+    AddOutput(*trace, arguments->files, "SVG or JSON file");
     trace
         ->add_option("--mode", arguments->mode,
                      "What to trace: outline, the outlines of shapes; color, regions of every colour; "
@@ -204,8 +176,15 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         ->capture_default_str();
     AddMaxPixels(*trace, options.maxPixels);
     trace->callback([arguments, &action] {
+        const FilePlan plan = PlanFiles(arguments->files, OUTLINE_FORMATS, arguments->format);
+        arguments->options.format = static_cast<Format>(plan.format);
         Complete(*arguments);
-        action = [arguments] { return Run(*arguments); };
+        action = [arguments, plan] {
+            return RunFiles("tracing", plan, [&](const FileTask& task) {
+                RunTask(*arguments, task);
+                return std::string();
+            });
+        };
     });
 }
 

@@ -5,11 +5,14 @@
 #include <optional>
 #include <string>
 
+#include "tarvex/argument_values.h"
 #include "tarvex/edges.h"
 
 namespace tarvex::app {
 
 enum class Format { Svg, Json };
+/// In the order of Format.
+inline constexpr FormatName OUTLINE_FORMATS[] = {{"svg", ".svg"}, {"json", ".json"}};
 enum class TraceMode { Outline, Centerline, Edges, Color };  // Color is in color_trace.h
 
 struct TraceOptions {

@@ -77,7 +77,9 @@ TEST(DrawingProgram, InfoTellsSizeAndFormatOfPictures) {
     const ProgramResult text = RunTarvex({"info", "-"}, "P5 2 1 255\nab");
     EXPECT_EQ(text.output, "standard input: PNM picture, 2 x 1 pixels, grey\n");
     const Json info = Info("P6 1 1 255\nabc");
-    EXPECT_EQ(info, Json::parse(R"({"kind":"picture","format":"PNM","width":1,"height":1,"pixels":"RGB"})"));
+    EXPECT_EQ(
+        info,
+        Json::parse(R"({"file":"-","kind":"picture","format":"PNM","width":1,"height":1,"pixels":"RGB"})"));
 }
 
 struct ChangeCase {
@@ -228,7 +230,7 @@ TEST(DrawingProgram, EveryFailureIsOneLineAndAStatus) {
         {{"warp", "-", "-o", "-", "--type", "1", "--amount", "%"}, 2, "--amount: '%' is not a length"},
         {{"transform", "", "-o", "-"}, 2, "the file's name is empty"},
         {{"info", ""}, 2, "the file's name is empty"},
-        {{"info", "-", "more"}, 2, "more: unknown argument"},
+        {{"info", "-", "more"}, 2, "standard input goes alone"},
 
         {{"transform", "-", "-o", "-"}, 1, "the drawing has no outlines", "<svg/>"},
         {{"transform", "-", "-o", "-"},
