@@ -125,9 +125,9 @@ void AddInputs(CLI::App& command, FileArguments& files, const std::string& kinds
     // take apart where a name stands in brackets. So it wants very many, and is content with fewer.
     constexpr int veryMany = CLI::detail::expected_max_vector_size;
     command.add_option(least == 1 ? "input" : "inputs", take, kinds + "; - is standard input")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->expected(veryMany - 1, veryMany)
         ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->check(FileName())
         ->required()
         ->type_name(least == 1 ? "IN" : "DRAWING")
