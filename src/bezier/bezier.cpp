@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "bezier/sampling.h"
+#include "core/lanes.h"
 
 namespace tarvex {
 
@@ -54,33 +55,39 @@ class NearestSample {
   public:
     NearestSample(const CBezier& curve, const DPOINT& p) : m_curve(curve), m_p(p) {}
 
+    /// Takes the first of the samples at the least distance, if that is less than before. Roots are
+    /// monotonic, so the least square has the least root; different squares can have one root, though, and
+    /// then the earlier sample counts.
     void Scan(const ScanParameters& t) {
-        std::array<double, kMostSamples> x, y;
-        SampleCurve(m_curve, t.values.data(), t.count, x.data(), y.data());
-        for (std::size_t k = 0; k < t.count; ++k) {
-            const double dx = x[k] - m_p.x;
-            const double dy = y[k] - m_p.y;
-            const double square = dx * dx + dy * dy;
-            // Roots are monotonic: without a smaller square there is no smaller distance. Different
-            // squares can have one root, though, and then the earlier sample stays.
-            if (!(square < m_square)) continue;
-            const double distance = std::sqrt(square);
-            if (distance < m_distance) {
-                m_distance = distance;
-                m_square = square;
-                m_t = t.values[k];
-            }
-        }
+        std::array<double, kMostSamples> squares;
+        SquaredDistances(m_curve, m_p, t.values.data(), t.count, squares.data());
+        const double least = Least(squares.data(), t.count);
+        const double distance = std::sqrt(least);
+        if (!(distance < m_distance)) return;
+        const double sameRoot = least * (1 + 0x1p-50);  // none above has this root
+        std::size_t k = 0;
+        while (!(squares[k] <= sameRoot && std::sqrt(squares[k]) <= distance)) ++k;
+        m_distance = distance;
+        m_t = t.values[k];
     }
 
     double Parameter() const { return m_t; }
 
   private:
+    /// Infinity when none is a number.
+    static double Least(const double* squares, std::size_t count) {
+        TwoLanes least(std::numeric_limits<double>::infinity());
+        std::size_t k = 0;
+        for (; k + 2 <= count; k += 2) least = Lesser(TwoLanes::Load(squares + k), least);
+        double one = std::min(least.Lane(0), least.Lane(1));
+        if (k < count && squares[k] < one) one = squares[k];
+        return one;
+    }
+
     const CBezier& m_curve;
     DPOINT m_p;
     double m_t = 0;
     double m_distance = 1e100;
-    double m_square = std::numeric_limits<double>::infinity();
 };
 
 }  // namespace

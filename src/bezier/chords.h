@@ -1,7 +1,7 @@
 // The lengths of the steps of a polyline whose coordinates stand in arrays of their own.
 #pragma once
 
-#include "bezier/lanes.h"
+#include "core/lanes.h"
 
 namespace tarvex {
 

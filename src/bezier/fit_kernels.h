@@ -9,8 +9,8 @@
 #include <algorithm>
 
 #include "bezier/chords.h"
-#include "bezier/lanes.h"
 #include "bezier/vector.h"
+#include "core/lanes.h"
 
 namespace tarvex {
 

@@ -14,25 +14,88 @@
 // The test "leg <= threshold" is decided without the square root, with the same answer: IEEE square
 // roots are correctly rounded, therefore monotonic, so there is a largest double whose root does not
 // exceed the threshold, and squared legs are compared with that.
+//
+// A point is worked on as two lanes of one register. Finished points collect in a small block, because a
+// vector that grows by three points at a time spends as long on growing as the halving takes.
+//
+// The frame of the points is found without most of them: halving stays within the range of what is halved,
+// in rounded arithmetic too, so a piece whose control points lie in the frame cannot widen it. That the order
+// of points and the limits make no difference is clear only for ordinary numbers, well away from the ends of
+// the range, and for pieces that the limits do not reach; others are flattened.
 #include "bezier/flatten.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
 
 #include "bezier/vector.h"
 #include "core/append.h"
+#include "core/lanes.h"
 
 namespace tarvex {
 namespace {
 
 constexpr int kMaxHalvings = 60;
 constexpr std::int64_t kMaxPoints = 100'000;
+constexpr std::size_t kBlock = std::size_t{3} * 128;
+
+/// Legs at most this many times the threshold are flat after 13 halvings, long before either limit.
+constexpr double kOrdinaryLegs = 8192;
+constexpr double kOrdinaryLeast = 1e-100;
+constexpr double kOrdinaryMost = 1e100;
+
+/// A point, x in the first lane.
+using Lanes = TwoLanes;
+
+Lanes LanesOf(const DPOINT& p) { return Lanes::Of(p.x, p.y); }
+Lanes Middle(Lanes a, Lanes b) {
+    return (a + b) * Lanes(0.5);
+}  // halves are exact, as quotients and products
+double Squared(Lanes a, Lanes b) {
+    const Lanes d = a - b;
+    const Lanes squares = d * d;
+    return squares.Lane(0) + squares.Lane(1);
+}
 
 struct Piece {
-    DPOINT p0, p1, p2, p3;
+    Lanes p0, p1, p2, p3;
     int halvings;
 };
+
+Piece WholeOf(const CBezier& segment) {
+    return {LanesOf(segment.p0), LanesOf(segment.p1), LanesOf(segment.p2), LanesOf(segment.p3), 0};
+}
+
+struct SquaredLegs {
+    explicit SquaredLegs(const Piece& piece)
+        : first(Squared(piece.p0, piece.p1)),
+          second(Squared(piece.p1, piece.p2)),
+          third(Squared(piece.p2, piece.p3)) {}
+
+    /// In one branch; no number is never.
+    bool AreAtMost(double bound) const {
+        return static_cast<int>(first <= bound) + static_cast<int>(second <= bound) +
+                   static_cast<int>(third <= bound) ==
+               3;
+    }
+
+    double first, second, third;
+};
+
+/// Halves the piece: it becomes its left half, the right half is returned.
+inline Piece SplitOffRight(Piece& piece) {
+    const Lanes m01 = Middle(piece.p0, piece.p1);
+    const Lanes m12 = Middle(piece.p1, piece.p2);
+    const Lanes m23 = Middle(piece.p2, piece.p3);
+    const Lanes m012 = Middle(m01, m12);
+    const Lanes m123 = Middle(m12, m23);
+    const Lanes middle = Middle(m012, m123);
+    const int halvings = piece.halvings + 1;
+    const Piece right{middle, m123, m23, piece.p3, halvings};
+    piece = {piece.p0, m01, m012, middle, halvings};
+    return right;
+}
 
 /// The largest s with sqrt(s) <= threshold; -1, below any squared length, when there is none.
 double LargestSquare(double threshold) {
@@ -65,63 +128,158 @@ double CoarsenedThreshold(double resolution, double chord) {
     return resolution < floor ? floor : resolution;
 }
 
-class Flattener {
-  public:
-    /// `given` is the number of points already counted towards the limit.
-    Flattener(double threshold, std::int64_t given, std::vector<DPOINT>& out)
-        : m_largestSquare(LargestSquare(threshold)),
-          m_out(out),
-          m_limit(static_cast<std::int64_t>(out.size()) + kMaxPoints - given) {}
+/// Legs half as long are flat, which saves the halves' own tests. Halving moves points by roundings too, of a
+/// few units in the last place of the greatest coordinate M: negligible beside a threshold above 1e-9 M. -1,
+/// which no square is at most, where that cannot be said.
+double SquareOfLegsWithFlatHalves(const CBezier& segment, double largestSquare) {
+    double greatest = 0;
+    for (const DPOINT& p : {segment.p0, segment.p1, segment.p2, segment.p3})
+        greatest = std::max({greatest, std::fabs(p.x), std::fabs(p.y)});
+    const bool isSafe = greatest < kOrdinaryMost && greatest * greatest * 1e-18 <= largestSquare;
+    return isSafe ? 3.9999 * largestSquare : -1;
+}
 
-    void Run(const DPOINT& p0, const DPOINT& p1, const DPOINT& p2, const DPOINT& p3) {
-        std::array<Piece, kMaxHalvings> waiting;
-        std::size_t waitingCount = 0;
-        Piece piece{p0, p1, p2, p3, 0};
-        for (;;) {
-            while (!IsFinal(piece)) waiting[waitingCount++] = SplitOffRight(piece);
-            m_out.insert(m_out.end(), {piece.p1, piece.p2, piece.p3});
-            if (waitingCount == 0) return;
-            piece = waiting[--waitingCount];
-        }
+/// The threshold's largest square, worked out anew only when the threshold changes.
+class Flatness {
+  public:
+    double LargestSquareFor(const CBezier& segment) {
+        return LargestSquareFor(CoarsenedThreshold(segment.resolution, Distance(segment.p0, segment.p3)));
+    }
+    double LargestSquareFor(double threshold) {
+        if (threshold == m_threshold) return m_largestSquare;
+        m_threshold = threshold;
+        return m_largestSquare = LargestSquare(threshold);
     }
 
   private:
-    bool IsFinal(const Piece& piece) const {
-        const bool flat = SquaredDistance(piece.p0, piece.p1) <= m_largestSquare &&
-                          SquaredDistance(piece.p1, piece.p2) <= m_largestSquare &&
-                          SquaredDistance(piece.p2, piece.p3) <= m_largestSquare;
-        return flat || piece.halvings == kMaxHalvings || static_cast<std::int64_t>(m_out.size()) > m_limit;
-    }
-
-    /// Halves the piece: it becomes its left half, the right half is returned.
-    static Piece SplitOffRight(Piece& piece) {
-        const DPOINT m01 = Midpoint(piece.p0, piece.p1);
-        const DPOINT m12 = Midpoint(piece.p1, piece.p2);
-        const DPOINT m23 = Midpoint(piece.p2, piece.p3);
-        const DPOINT m012 = Midpoint(m01, m12);
-        const DPOINT m123 = Midpoint(m12, m23);
-        const DPOINT middle = Midpoint(m012, m123);
-        const int halvings = piece.halvings + 1;
-        const Piece right{middle, m123, m23, piece.p3, halvings};
-        piece = {piece.p0, m01, m012, middle, halvings};
-        return right;
-    }
-
-    double m_largestSquare;
-    std::vector<DPOINT>& m_out;
-    std::int64_t m_limit;  // a piece met when there are more points than this is final
+    double m_threshold = 0;
+    double m_largestSquare = 0;
 };
+
+class Flattener {
+  public:
+    explicit Flattener(std::vector<DPOINT>& out) : m_out(out) {}
+    Flattener(const Flattener&) = delete;
+    Flattener& operator=(const Flattener&) = delete;
+    ~Flattener() = default;
+
+    void Add(const DPOINT& p) {
+        if (m_used == kBlock) Flush();
+        m_block[m_used++] = p;
+    }
+
+    void Segment(const CBezier& segment) {
+        if (IsStraight(segment)) {
+            Add(segment.p3);
+        } else {
+            Run(segment, m_flatness.LargestSquareFor(segment), 0);
+        }
+    }
+
+    /// `given` is the number of points already counted towards the limit.
+    void Run(const CBezier& segment, double largestSquare, std::int64_t given) {
+        const double halvesAreFlat = SquareOfLegsWithFlatHalves(segment, largestSquare);
+        Piece piece = WholeOf(segment);
+        std::size_t waitingCount = 0;
+        std::int64_t count = given;
+        for (;;) {
+            const SquaredLegs legs(piece);
+            if (legs.AreAtMost(largestSquare) || piece.halvings == kMaxHalvings || count > kMaxPoints) {
+                Add(piece);
+                count += 3;
+            } else {
+                m_waiting[waitingCount] = SplitOffRight(piece);
+                if (!legs.AreAtMost(halvesAreFlat)) {
+                    ++waitingCount;
+                    continue;
+                }
+                Add(piece);
+                Add(m_waiting[waitingCount]);
+                count += 6;
+            }
+            if (waitingCount == 0) return;
+            piece = m_waiting[--waitingCount];
+        }
+    }
+
+    void Flush() {
+        m_out.insert(m_out.end(), m_block.begin(), m_block.begin() + static_cast<std::ptrdiff_t>(m_used));
+        m_used = 0;
+    }
+
+    static bool IsStraight(const CBezier& segment) {
+        return !segment.expandStraightLines && Distance(segment.p0, segment.p1) < GEOMETRY_EPSILON &&
+               Distance(segment.p2, segment.p3) < GEOMETRY_EPSILON;
+    }
+
+  private:
+    void Add(const Piece& piece) {
+        if (m_used + 3 > kBlock) Flush();
+        DPOINT* to = m_block.data() + m_used;
+        for (const Lanes p : {piece.p1, piece.p2, piece.p3}) *to++ = {p.Lane(0), p.Lane(1)};
+        m_used += 3;
+    }
+
+    std::vector<DPOINT>& m_out;
+    Flatness m_flatness;
+    std::array<Piece, kMaxHalvings> m_waiting;  // right halves, at most one of each size
+    std::array<DPOINT, kBlock> m_block;
+    std::size_t m_used = 0;
+};
+
+bool IsOrdinary(double v) {
+    const double size = std::fabs(v);
+    return (size >= kOrdinaryLeast && size <= kOrdinaryMost) || (v == 0 && !std::signbit(v));
+}
+
+bool IsOrdinary(const CBezier& segment, double largestSquare) {
+    const double most = largestSquare * (kOrdinaryLegs * kOrdinaryLegs);
+    bool all = SquaredLegs(WholeOf(segment)).AreAtMost(most);
+    for (const DPOINT& p : {segment.p0, segment.p1, segment.p2, segment.p3})
+        all = all && IsOrdinary(p.x) && IsOrdinary(p.y);
+    return all;
+}
+
+DPOINT PointOf(Lanes lanes) { return {lanes.Lane(0), lanes.Lane(1)}; }
+
+/// Widens the frame, which holds the segment's ends, by the points in between.
+void Widen(PointFrame& frame, const CBezier& segment, double largestSquare) {
+    std::array<Piece, kMaxHalvings> waiting;
+    std::size_t waitingCount = 0;
+    Piece piece = WholeOf(segment);
+    for (;;) {
+        const bool canWiden = !frame.Holds(PointOf(piece.p1)) || !frame.Holds(PointOf(piece.p2)) ||
+                              !frame.Holds(PointOf(piece.p0)) || !frame.Holds(PointOf(piece.p3));
+        if (canWiden && !SquaredLegs(piece).AreAtMost(largestSquare)) {
+            waiting[waitingCount++] = SplitOffRight(piece);
+            continue;
+        }
+        if (canWiden) {
+            for (const Lanes p : {piece.p1, piece.p2, piece.p3}) frame.Include(PointOf(p));
+        }
+        if (waitingCount == 0) return;
+        piece = waiting[--waitingCount];
+    }
+}
 
 }  // namespace
 
 void AppendFlattened(const CBezier& segment, std::vector<DPOINT>& out) {
-    if (!segment.expandStraightLines && Distance(segment.p0, segment.p1) < GEOMETRY_EPSILON &&
-        Distance(segment.p2, segment.p3) < GEOMETRY_EPSILON) {
-        out.push_back(segment.p3);
+    Flattener flattener(out);
+    flattener.Segment(segment);
+    flattener.Flush();
+}
+
+void IncludeFlattened(const CBezier& segment, PointFrame& frame) {
+    const double largestSquare = Flatness().LargestSquareFor(segment);
+    if (Flattener::IsStraight(segment) || !IsOrdinary(segment, largestSquare)) {
+        std::vector<DPOINT> points;
+        AppendFlattened(segment, points);
+        for (const DPOINT& p : points) frame.Include(p);
         return;
     }
-    const double threshold = CoarsenedThreshold(segment.resolution, Distance(segment.p0, segment.p3));
-    Flattener(threshold, 0, out).Run(segment.p0, segment.p1, segment.p2, segment.p3);
+    frame.Include(segment.p3);
+    Widen(frame, segment, largestSquare);
 }
 
 void CBezier::GetPolyline(CArray<DPOINT, DPOINT>& out) const {
@@ -135,18 +293,23 @@ void CBezier::GetBArray(BEZIER* work) const {
     if (work == nullptr || work->target == nullptr) return;
     const std::int64_t given = std::int64_t{work->target->GetSize()} - work->startCount;
     std::vector<DPOINT> points;
-    Flattener(work->flatness, given, points).Run(work->p0, work->p1, work->p2, work->p3);
+    Flattener flattener(points);
+    const CBezier segment(work->p0, work->p1, work->p2, work->p3);
+    flattener.Run(segment, LargestSquare(work->flatness), given);
+    flattener.Flush();
     AppendAll(*work->target, points);
 }
 
 void GetPolyline(const CArray<BPOINT, BPOINT>& nodes, CArray<DPOINT, DPOINT>& out, double resolution) {
     std::vector<DPOINT> points;
+    Flattener flattener(points);
     for (int i = 0; i + 1 < nodes.GetSize(); ++i) {
         CBezier segment(nodes[i], nodes[i + 1]);
         segment.SetResolution(resolution);
-        if (i == 0) points.push_back(segment.p0);
-        AppendFlattened(segment, points);
+        if (i == 0) flattener.Add(segment.p0);
+        flattener.Segment(segment);
     }
+    flattener.Flush();
     out.RemoveAll();
     AppendAll(out, points);
 }

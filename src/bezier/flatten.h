@@ -1,14 +1,18 @@
-// Flattening into a vector, for callers who join the polylines of many segments: appending those to a
-// CArray one by one copies the whole array every 1024 points.
+// Flattening into a vector, or into no more than the points' frame, for callers who join the polylines of
+// many segments: appending those to a CArray one by one copies the whole array every 1024 points.
 #pragma once
 
 #include <vector>
 
+#include "bezier/point_frame.h"
 #include "tarvex/bezier.h"
 
 namespace tarvex {
 
 /// Appends to `out` just what `segment.GetPolyline` appends to a non-empty array: the points after `p0`.
 void AppendFlattened(const CBezier& segment, std::vector<DPOINT>& out);
+
+/// Widens the frame, which holds `segment.p0`, by all of those points.
+void IncludeFlattened(const CBezier& segment, PointFrame& frame);
 
 }  // namespace tarvex

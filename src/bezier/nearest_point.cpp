@@ -18,9 +18,14 @@
 //
 // Published by P. J. Schneider, "Solving the Nearest-Point-on-Curve Problem", Graphics Gems, 1990.
 // Here the depth limit also ends pieces with several sign changes (multiple roots), in their middle.
+//
+// A vertex of the polygon is worked on as two lanes of one register, which halves the operations; what is
+// computed is the same.
 #include <array>
+#include <bit>
 
 #include "bezier/vector.h"
+#include "core/lanes.h"
 #include "tarvex/bezier.h"
 
 namespace tarvex {
@@ -30,8 +35,13 @@ constexpr int kDegree = 5;
 constexpr int kMaxDepth = 64;
 constexpr double kFlatness = 0x1p-65;  // 2 to the power -(kMaxDepth + 1)
 
-/// The control polygon of f over a part of [0, 1]: x is the parameter.
-using Polygon = std::array<DPOINT, kDegree + 1>;
+/// The control polygon of f over a part of [0, 1]: in each vertex first the parameter x, then f's y.
+struct Polygon {
+    double X(std::size_t k) const { return vertices[k].Lane(0); }
+    double Y(std::size_t k) const { return vertices[k].Lane(1); }
+
+    std::array<TwoLanes, kDegree + 1> vertices;
+};
 
 Polygon PerpendicularityPolygon(const CBezier& curve, DPOINT p) {
     // C(2,i) C(3,j) / C(5,i+j)
@@ -41,32 +51,37 @@ Polygon PerpendicularityPolygon(const CBezier& curve, DPOINT p) {
                                   Minus(curve.p3, p)};
     const std::array<DPOINT, 3> d{Times(Minus(curve.p1, curve.p0), 3), Times(Minus(curve.p2, curve.p1), 3),
                                   Times(Minus(curve.p3, curve.p2), 3)};
-    Polygon w;
-    for (std::size_t k = 0; k < w.size(); ++k) w[k] = {static_cast<double>(k) / kDegree, 0};
+    std::array<double, kDegree + 1> y{};
     for (std::size_t i = 0; i < d.size(); ++i) {
-        for (std::size_t j = 0; j < c.size(); ++j) w[i + j].y += Dot(d[i], c[j]) * kProductWeights[i][j];
+        for (std::size_t j = 0; j < c.size(); ++j) y[i + j] += Dot(d[i], c[j]) * kProductWeights[i][j];
     }
+    Polygon w;
+    for (std::size_t k = 0; k < y.size(); ++k)
+        w.vertices[k] = TwoLanes::Of(static_cast<double>(k) / kDegree, y[k]);
     return w;
 }
 
 int SignChanges(const Polygon& w) {
-    int changes = 0;
-    for (std::size_t k = 1; k < w.size(); ++k) changes += (w[k].y < 0) != (w[k - 1].y < 0) ? 1 : 0;
-    return changes;
+    unsigned below = 0;
+    for (std::size_t k = 0; k <= kDegree; ++k) below |= (Negatives(w.vertices[k]) >> 1) << k;
+    return std::popcount((below ^ (below >> 1)) & ((1U << kDegree) - 1));
 }
 
 /// Whether the band around the line between the ends that holds the polygon crosses the axis within
 /// the tolerance. The line is a x + b y + c = 0; the ends lie on different sides of the axis.
 bool IsFlat(const Polygon& w) {
-    const DPOINT& first = w.front();
-    const DPOINT& last = w.back();
-    const double a = first.y - last.y;
-    const double b = last.x - first.x;
-    const double c = first.x * last.y - last.x * first.y;
+    const double a = w.Y(0) - w.Y(kDegree);
+    const double b = w.X(kDegree) - w.X(0);
+    const double c = w.X(0) * w.Y(kDegree) - w.X(kDegree) * w.Y(0);
+    const auto offLine = [&](std::size_t k) { return a * w.X(k) + b * w.Y(k) + c; };
+    // Most bands are wider by far than roundings and tolerance together: one vertex shows it, and no
+    // division.
+    const double middle = std::fabs(offLine(2));
+    if (middle > 0x1p-39 * std::fabs(c) && middle > 0x1p-60 * std::fabs(a)) return false;
     double above = 0;
     double below = 0;
     for (std::size_t k = 1; k < kDegree; ++k) {
-        const double value = a * w[k].x + b * w[k].y + c;
+        const double value = offLine(k);
         if (value > above) above = value;
         if (value < below) below = value;
     }
@@ -75,32 +90,31 @@ bool IsFlat(const Polygon& w) {
 
 /// Where the line between the ends crosses the axis.
 double AxisCrossing(const Polygon& w) {
-    const DPOINT& first = w.front();
-    const DPOINT& last = w.back();
-    return first.x - first.y * (last.x - first.x) / (last.y - first.y);
+    return w.X(0) - w.Y(0) * (w.X(kDegree) - w.X(0)) / (w.Y(kDegree) - w.Y(0));
 }
 
 /// Halves the polygon: it becomes its left half, the right half is returned.
-Polygon SplitOffRight(Polygon& w) {
+inline Polygon SplitOffRight(Polygon& w) {
     Polygon right;
-    for (std::size_t level = 0; level < w.size(); ++level) {
-        right[kDegree - level] = w[kDegree];
-        for (std::size_t k = kDegree; k > level; --k) w[k] = Midpoint(w[k - 1], w[k]);
+    for (std::size_t level = 0; level <= kDegree; ++level) {
+        right.vertices[kDegree - level] = w.vertices[kDegree];
+        for (std::size_t k = kDegree; k > level; --k)
+            w.vertices[k] = (w.vertices[k - 1] + w.vertices[k]) * TwoLanes(0.5);
     }
     return right;
 }
 
-/// Calls `visit` with the roots of f in increasing order.
+/// Calls `visit` with the roots of f in increasing order. Uses up the polygon.
 template <class Visit>
-void ForEachRoot(Polygon w, int depth, Visit&& visit) {
+void ForEachRoot(Polygon& w, int depth, Visit&& visit) {
     const int changes = SignChanges(w);
     if (changes == 0) return;
     if (depth >= kMaxDepth) {
-        visit((w.front().x + w.back().x) / 2);
+        visit((w.X(0) + w.X(kDegree)) / 2);
     } else if (changes == 1 && IsFlat(w)) {
         visit(AxisCrossing(w));
     } else {
-        const Polygon right = SplitOffRight(w);
+        Polygon right = SplitOffRight(w);
         ForEachRoot(w, depth + 1, visit);
         ForEachRoot(right, depth + 1, visit);
     }
@@ -118,7 +132,8 @@ double CBezier::GetNearestCurvePointT(const DPOINT& p) const {
             best = t;
         }
     };
-    ForEachRoot(PerpendicularityPolygon(*this, p), 0, consider);
+    Polygon polygon = PerpendicularityPolygon(*this, p);
+    ForEachRoot(polygon, 0, consider);
     consider(1);
     return best;
 }

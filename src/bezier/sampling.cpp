@@ -18,8 +18,10 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "bezier/chords.h"
+#include "bezier/vector.h"
 
 namespace tarvex {
 namespace {
@@ -82,23 +84,35 @@ bool NeverSettles(const CBezier& curve, double coarse, double next) {
     return greatest < 1e150 && next - coarse > curve.resolution + 5e-9 * greatest + 1e-100;
 }
 
+template <class V>
+struct CurveInLanes {
+    explicit CurveInLanes(const CBezier& c)
+        : x0{c.p0.x}, x1{c.p1.x}, x2{c.p2.x}, x3{c.p3.x}, y0{c.p0.y}, y1{c.p1.y}, y2{c.p2.y}, y3{c.p3.y} {}
+
+    /// The points at these parameters, as CBezier::GetCurvePoint computes them inside the segment.
+    std::pair<V, V> At(V t) const {
+        const V one{1.0}, two{2.0}, three{3.0};
+        const V t2 = t * t;
+        const V w0 = (three - t) * t2 - three * t + one;
+        const V w1 = ((t - two) * t2 + t) * three;
+        const V w2 = three * t2 * (one - t);
+        const V w3 = t2 * t;
+        return {w0 * x0 + w1 * x1 + w2 * x2 + w3 * x3, w0 * y0 + w1 * y1 + w2 * y2 + w3 * y3};
+    }
+
+    V x0, x1, x2, x3, y0, y1, y2, y3;
+};
+
 }  // namespace
 
 void SampleCurve(const CBezier& curve, const double* t, std::size_t count, double* x, double* y) {
     if (count == 0) return;
     InLanes(0, count, [&curve, t, x, y]<class V>(V, std::size_t from, std::size_t to) {
-        const V x0{curve.p0.x}, x1{curve.p1.x}, x2{curve.p2.x}, x3{curve.p3.x};
-        const V y0{curve.p0.y}, y1{curve.p1.y}, y2{curve.p2.y}, y3{curve.p3.y};
-        const V one{1.0}, two{2.0}, three{3.0};
+        const CurveInLanes<V> inLanes(curve);
         for (std::size_t i = from; i < to; i += V::kCount) {
-            const V u = V::Load(t + i);
-            const V u2 = u * u;
-            const V w0 = (three - u) * u2 - three * u + one;
-            const V w1 = ((u - two) * u2 + u) * three;
-            const V w2 = three * u2 * (one - u);
-            const V w3 = u2 * u;
-            (w0 * x0 + w1 * x1 + w2 * x2 + w3 * x3).Store(x + i);
-            (w0 * y0 + w1 * y1 + w2 * y2 + w3 * y3).Store(y + i);
+            const auto [px, py] = inLanes.At(V::Load(t + i));
+            px.Store(x + i);
+            py.Store(y + i);
         }
     });
     // The ends are the end points themselves; weights of 0 would let infinite control points spoil them.
@@ -108,6 +122,22 @@ void SampleCurve(const CBezier& curve, const double* t, std::size_t count, doubl
     };
     if (t[0] == 0) place(0, curve.p0);
     if (t[count - 1] == 1) place(count - 1, curve.p3);
+}
+
+void SquaredDistances(const CBezier& curve, const DPOINT& p, const double* t, std::size_t count,
+                      double* squares) {
+    if (count == 0) return;
+    InLanes(0, count, [&curve, &p, t, squares]<class V>(V, std::size_t from, std::size_t to) {
+        const CurveInLanes<V> inLanes(curve);
+        for (std::size_t i = from; i < to; i += V::kCount) {
+            const auto [x, y] = inLanes.At(V::Load(t + i));
+            const V dx = x - V{p.x};
+            const V dy = y - V{p.y};
+            (dx * dx + dy * dy).Store(squares + i);
+        }
+    });
+    if (t[0] == 0) squares[0] = SquaredDistance(curve.p0, p);
+    if (t[count - 1] == 1) squares[count - 1] = SquaredDistance(curve.p3, p);
 }
 
 double CBezier::GetL(int n) const {

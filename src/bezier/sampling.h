@@ -13,4 +13,8 @@ void SampleCurve(const CBezier& curve, const double* t, std::size_t count, doubl
 /// The number of chords that `CBezier::GetLength` and `CBezier::GetPolylineEx` settle on.
 int SettledChordCount(const CBezier& curve);
 
+/// The squared distances of those points from `p`.
+void SquaredDistances(const CBezier& curve, const DPOINT& p, const double* t, std::size_t count,
+                      double* squares);
+
 }  // namespace tarvex

@@ -2,7 +2,6 @@
 #include "tarvex/containers.h"
 
 #include <type_traits>
-#include <vector>
 
 #include "bezier/flatten.h"
 #include "tarvex/envelope.h"
@@ -12,27 +11,6 @@
 namespace tarvex {
 
 namespace {
-
-/// A box that grows from its first point. Comparisons are such that NaN never widens it.
-class Frame {
-  public:
-    void Include(const DPOINT& p) { Include({p.x, p.x, p.y, p.y}); }
-
-    void Include(const DRECT& box) {
-        if (m_isEmpty) m_box = box;
-        m_isEmpty = false;
-        if (box.left < m_box.left) m_box.left = box.left;
-        if (box.right > m_box.right) m_box.right = box.right;
-        if (box.top < m_box.top) m_box.top = box.top;
-        if (box.bottom > m_box.bottom) m_box.bottom = box.bottom;
-    }
-
-    DRECT BoxOr(const DRECT& ifEmpty) const { return m_isEmpty ? ifEmpty : m_box; }
-
-  private:
-    DRECT m_box;
-    bool m_isEmpty = true;
-};
 
 void Apply(CView3D& view, DPOINT& p) {
     view.Transfer(p.x, p.y, 0);
@@ -73,8 +51,7 @@ void CPolyPolyBezier::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *t
 void COutlines::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
 
 void CPolyPolyBezier::CalcFrame(DRECT& frame, double resolution) const {
-    Frame grown;
-    std::vector<DPOINT> points;
+    PointFrame grown;
     for (int c = 0; c < GetCount(); ++c) {
         const auto* contour = GetAt(c);
         if (contour == nullptr || contour->GetCount() < 2) continue;
@@ -82,16 +59,14 @@ void CPolyPolyBezier::CalcFrame(DRECT& frame, double resolution) const {
         for (int i = 0; i + 1 < contour->GetCount(); ++i) {
             CBezier segment(contour->GetAt(i), contour->GetAt(i + 1));
             segment.SetResolution(resolution);
-            points.clear();
-            AppendFlattened(segment, points);
-            for (const DPOINT& p : points) grown.Include(p);
+            IncludeFlattened(segment, grown);
         }
     }
     frame = grown.BoxOr(frame);
 }
 
 void COutlines::CalcFrame(DRECT& frame, double resolution) const {
-    Frame grown;
+    PointFrame grown;
     for (int k = 0; k < GetCount(); ++k) {
         if (GetAt(k) == nullptr) continue;
         DRECT box{0, 0, 0, 0};

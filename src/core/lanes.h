@@ -30,6 +30,8 @@ struct OneLane {
     friend OneLane SquareRoot(OneLane a) { return {std::sqrt(a.value)}; }
     /// The greater; `b` when one is NaN.
     friend OneLane Greater(OneLane a, OneLane b) { return a.value > b.value ? a : b; }
+    /// The lesser; `b` when one is NaN.
+    friend OneLane Lesser(OneLane a, OneLane b) { return a.value < b.value ? a : b; }
     /// `a` where |v| < bound, elsewhere (NaN included) `b`.
     friend OneLane WhereBelow(OneLane v, OneLane bound, OneLane a, OneLane b) {
         return std::fabs(v.value) < bound.value ? a : b;
@@ -46,6 +48,7 @@ struct PlainLanes {
     PlainLanes(double both) : low(both), high(both) {}
     PlainLanes(double first, double second) : low(first), high(second) {}
     static PlainLanes Load(const double* from) { return {from[0], from[1]}; }
+    static PlainLanes Of(double first, double second) { return {first, second}; }
     void Store(double* to) const {
         to[0] = low;
         to[1] = high;
@@ -60,6 +63,11 @@ struct PlainLanes {
     friend PlainLanes Greater(PlainLanes a, PlainLanes b) {
         return {a.low > b.low ? a.low : b.low, a.high > b.high ? a.high : b.high};
     }
+    friend PlainLanes Lesser(PlainLanes a, PlainLanes b) {
+        return {a.low < b.low ? a.low : b.low, a.high < b.high ? a.high : b.high};
+    }
+    /// Bit i for lane i: whether it is below 0.
+    friend unsigned Negatives(PlainLanes a) { return (a.low < 0 ? 1U : 0U) | (a.high < 0 ? 2U : 0U); }
     friend PlainLanes WhereBelow(PlainLanes v, PlainLanes bound, PlainLanes a, PlainLanes b) {
         return {std::fabs(v.low) < bound.low ? a.low : b.low,
                 std::fabs(v.high) < bound.high ? a.high : b.high};
@@ -79,6 +87,7 @@ struct Sse2Lanes {
     Sse2Lanes(__m128d lanes) : both(lanes) {}
     Sse2Lanes(double value) : both(_mm_set1_pd(value)) {}
     static Sse2Lanes Load(const double* from) { return _mm_loadu_pd(from); }
+    static Sse2Lanes Of(double first, double second) { return _mm_set_pd(second, first); }
     void Store(double* to) const { _mm_storeu_pd(to, both); }
     double Lane(std::size_t i) const { return _mm_cvtsd_f64(i == 0 ? both : _mm_unpackhi_pd(both, both)); }
 
@@ -88,6 +97,10 @@ struct Sse2Lanes {
     friend Sse2Lanes operator/(Sse2Lanes a, Sse2Lanes b) { return _mm_div_pd(a.both, b.both); }
     friend Sse2Lanes SquareRoot(Sse2Lanes a) { return _mm_sqrt_pd(a.both); }
     friend Sse2Lanes Greater(Sse2Lanes a, Sse2Lanes b) { return _mm_max_pd(a.both, b.both); }
+    friend Sse2Lanes Lesser(Sse2Lanes a, Sse2Lanes b) { return _mm_min_pd(a.both, b.both); }
+    friend unsigned Negatives(Sse2Lanes a) {
+        return static_cast<unsigned>(_mm_movemask_pd(_mm_cmplt_pd(a.both, _mm_setzero_pd())));
+    }
     friend Sse2Lanes WhereBelow(Sse2Lanes v, Sse2Lanes bound, Sse2Lanes a, Sse2Lanes b) {
         const __m128d below = _mm_cmplt_pd(_mm_andnot_pd(_mm_set1_pd(-0.0), v.both), bound.both);
         return _mm_or_pd(_mm_and_pd(below, a.both), _mm_andnot_pd(below, b.both));
