@@ -1,7 +1,10 @@
 // Arc length along polylines: lengths, points at a fraction, and fractions at a point.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 
+#include "core/lanes.h"
 #include "geometry/distance.h"
 #include "tarvex/lines.h"
 #include "tarvex/polygons.h"
@@ -22,6 +25,58 @@ double LengthOf(int segments, PointAt pointAt) {
     for (int i = 0; i < segments; ++i) length += PointDistance(pointAt(i), pointAt(i + 1));
     return length;
 }
+
+DPOINT ClosestOfSegment(const DPOINT& a, const DPOINT& b, const DPOINT& p) {
+    const DPOINT foot = GetDistancePoint(a.x, a.y, b.x, b.y, p.x, p.y);
+    if (IsPointInLineRange(a.x, a.y, b.x, b.y, foot.x, foot.y)) return foot;
+    return PointDistance(b, p) < PointDistance(a, p) ? b : a;
+}
+
+/// The distance of some segment that is likely near: the one after the nearest of every eighth point.
+double DistanceByGuess(const DPOINT* points, int segments, const DPOINT& p) {
+    constexpr int step = 8;
+    int nearest = 0;
+    double least = FARTHEST * FARTHEST;
+    for (std::int64_t i = 0; i < segments; i += step) {
+        const double dx = points[i].x - p.x;
+        const double dy = points[i].y - p.y;
+        const double square = dx * dx + dy * dy;
+        if (!(square < least)) continue;
+        least = square;
+        nearest = static_cast<int>(i);
+    }
+    const double distance = PointDistance(ClosestOfSegment(points[nearest], points[nearest + 1], p), p);
+    return distance < FARTHEST ? distance : FARTHEST;
+}
+
+/// Tells segments that cannot hold a nearer point, by their boxes.
+///
+/// What GetPolylineClosestPoint takes for a segment's nearest point is one of its ends or lies within
+/// GEOMETRY_EPSILON of its box, so it is farther from `p` than the box, less that. Roundings are a few units
+/// in the last place; the slack here is a thousand times as much. A comparison with NaN tells nothing, and a
+/// segment that nothing is told of is looked at.
+class FarSegments {
+  public:
+    FarSegments(const DPOINT& p, double nearest) : m_p(TwoLanes::Of(p.x, p.y)) { SetNearest(nearest); }
+
+    void SetNearest(double distance) {
+        const double reach = distance * (1 + 1e-9) + 4 * GEOMETRY_EPSILON;
+        m_square = std::min(m_square, reach * reach);
+    }
+
+    bool Holds(const DPOINT& from, const DPOINT& to) const {
+        const TwoLanes a = TwoLanes::Of(from.x, from.y);
+        const TwoLanes b = TwoLanes::Of(to.x, to.y);
+        // An end `b` that is no number gives 0, an `a` that is none just `b`, which is then not taken either.
+        const TwoLanes outside = Greater(Greater(Lesser(a, b) - m_p, m_p - Greater(a, b)), TwoLanes(0.0));
+        const TwoLanes squares = outside * outside;
+        return squares.Lane(0) + squares.Lane(1) > m_square;
+    }
+
+  private:
+    TwoLanes m_p;
+    double m_square = std::numeric_limits<double>::infinity();
+};
 
 }  // namespace
 
@@ -67,20 +122,20 @@ DPOINT GetPolylinePoint(const CArray<DPOINT, DPOINT>& polyline, double t, int* s
 }
 
 bool GetPolylineClosestPoint(const CArray<DPOINT, DPOINT>& polyline, DPOINT p, int* segment, DPOINT* point) {
+    const DPOINT* const points = polyline.GetData();
+    const int segments = polyline.GetSize() - 1;
     int bestSegment = 0;
     double bestDistance = FARTHEST;
-    for (int i = 0; i < polyline.GetSize() - 1; ++i) {
-        const DPOINT& a = polyline[i];
-        const DPOINT& b = polyline[i + 1];
-        DPOINT candidate = GetDistancePoint(a.x, a.y, b.x, b.y, p.x, p.y);
-        if (!IsPointInLineRange(a.x, a.y, b.x, b.y, candidate.x, candidate.y)) {
-            candidate = PointDistance(b, p) < PointDistance(a, p) ? b : a;
-        }
+    FarSegments far(p, segments > 0 ? DistanceByGuess(points, segments, p) : FARTHEST);
+    for (int i = 0; i < segments; ++i) {
+        if (far.Holds(points[i], points[i + 1])) continue;
+        const DPOINT candidate = ClosestOfSegment(points[i], points[i + 1], p);
         const double distance = PointDistance(candidate, p);
         if (!(distance < bestDistance)) continue;
         bestDistance = distance;
         bestSegment = i;
         if (point != nullptr) *point = candidate;
+        far.SetNearest(distance);
     }
     if (segment != nullptr) *segment = bestSegment;
     return true;

@@ -2,6 +2,8 @@
 #include "support/precompiled.h"
 
 #include <climits>
+#include <cstring>
+#include <random>
 
 #include "support/records.h"
 #include "tarvex/geometry.h"
@@ -129,6 +131,46 @@ TEST(ClosestPoint, IsTheNearestFootOrEndAndTheFirstOfEquals) {
     DPOINT point;
     GetPolylineClosestPoint(*Polyline({{1e11, 0}, {2e11, 0}}), {0, 0}, nullptr, &point);
     EXPECT_EQ(point, (DPOINT{0, 0})) << "nothing within reach";
+}
+
+/// Every segment looked at in turn.
+std::pair<int, DPOINT> PlainClosest(const DPoints& polyline, DPOINT p) {
+    std::pair<int, DPOINT> best{0, {777, 777}};
+    double least = 1e10;
+    for (int i = 0; i + 1 < polyline.GetSize(); ++i) {
+        const DPOINT a = polyline[i], b = polyline[i + 1];
+        DPOINT foot = GetDistancePoint(a.x, a.y, b.x, b.y, p.x, p.y);
+        if (!IsPointInLineRange(a.x, a.y, b.x, b.y, foot.x, foot.y))
+            foot = std::hypot(b.x - p.x, b.y - p.y) < std::hypot(a.x - p.x, a.y - p.y) ? b : a;
+        const double distance = std::hypot(foot.x - p.x, foot.y - p.y);
+        if (!(distance < least)) continue;
+        least = distance;
+        best = {i, foot};
+    }
+    return best;
+}
+
+TEST(ClosestPoint, IsThatOfLookingAtEverySegmentBitForBit) {
+    std::mt19937 random(8);
+    const double hostile[] = {NOT_A_NUMBER, INFINITY, -INFINITY, 1e10, -1e300, 1e-300, -0.0};
+    for (int round = 0; round < 600; ++round) {
+        // Few different coordinates give equal distances, small units feet on the range's edge.
+        const int values = round % 3 == 0 ? 4 : 1000;
+        const double unit = std::ldexp(1.0, static_cast<int>(random() % 60) - 40);
+        const auto coordinate = [&] {
+            if (round % 2 == 0 && random() % 12 == 0) return hostile[random() % std::size(hostile)];
+            return unit * static_cast<double>(random() % static_cast<unsigned>(values));
+        };
+        DPoints polyline;
+        for (int n = static_cast<int>(random() % 40); n > 0; --n) polyline.Add({coordinate(), coordinate()});
+        const DPOINT p{coordinate(), coordinate()};
+        const auto [segment, point] = PlainClosest(polyline, p);
+        int found = 777;
+        DPOINT closest{777, 777};
+        GetPolylineClosestPoint(polyline, p, &found, &closest);
+        EXPECT_EQ(found, segment) << round;
+        EXPECT_EQ(std::memcmp(&closest, &point, sizeof point), 0) << round;
+    }
 }
 
 TEST(PolylineT, AddsTheStraightDistanceAndKnowsOnlySegmentsThatAreThere) {
