@@ -32,8 +32,9 @@ namespace tarvex {
 /// The pen moves by the width of F, A and C, and for a character without an outline by A + B + C; it does not
 /// move when there is no font. With an escapement the outline is turned, the pen still moves along x.
 ///
-/// The font is looked for at every call, which takes about as long as drawing the glyph. On Windows, whose
-/// engine takes 16-bit characters, `ch` is one of those; elsewhere any Unicode character.
+/// The font is made at every call. Off Windows the last few fonts stay open for that, and finding another
+/// takes as long as a hundred glyphs: draw a font's characters together. On Windows, whose engine takes
+/// 16-bit characters, `ch` is one of those; elsewhere any Unicode character.
 TARVEX_API int GetTTOutlinePoints(tagLOGFONTW& font, unsigned int ch, CPolyPolyBezier& out, DPOINT& origin,
                                   int applyLeftBearing);
 

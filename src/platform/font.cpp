@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/rounding.h"
+#include "platform/font_shelf.h"
 #include "platform/objects.h"
 
 namespace tarvex {
@@ -29,7 +30,7 @@ class FontInUse {
     }
     explicit operator bool() const { return m_font != nullptr; }
     FontSource* operator->() const { return m_font->source.get(); }
-    int Escapement() const { return m_font->escapement; }
+    const NativeGlyph& Native(UINT character) const;
 
   private:
     std::shared_ptr<Font> m_font;
@@ -56,19 +57,37 @@ GLYPHMETRICS MetricsOf(const Outline& outline, double advance, int escapement) {
     return metrics;
 }
 
+const NativeGlyph& FontInUse::Native(UINT character) const {
+    NativeGlyph& native = m_font->lastGlyph;
+    if (native.character == character) return native;
+    native.character.reset();
+    native.isDrawn = false;
+    const GlyphShape& glyph = m_font->source->Glyph(character);
+    if (!glyph.isBitmap) {
+        const int escapement = m_font->escapement;
+        const bool isLevel = escapement % 3600 == 0;
+        const Outline turned = isLevel ? Outline() : Turned(glyph.outline, escapement);
+        const Outline& outline = isLevel ? glyph.outline : turned;
+        if (auto bytes = NativeBytes(outline)) {
+            native.bytes = std::move(*bytes);
+            native.metrics = MetricsOf(outline, glyph.advance, escapement);
+            native.isDrawn = true;
+        }
+    }
+    native.character = character;
+    return native;
+}
+
 DWORD GlyphOutline(HDC dc, UINT character, UINT format, GLYPHMETRICS& metrics, std::span<std::byte> buffer) {
     const FontInUse font(dc);
     if (!font) return GDI_ERROR;
-    const GlyphShape& glyph = font->Glyph(character);
-    if (glyph.isBitmap) return GDI_ERROR;
-    const Outline outline = Turned(glyph.outline, font.Escapement());
-    const auto bytes = NativeBytes(outline);
-    if (!bytes) return GDI_ERROR;
+    const NativeGlyph& glyph = font.Native(character);
+    if (!glyph.isDrawn) return GDI_ERROR;
     const bool isWanted = format == GGO_NATIVE && !buffer.empty();
-    if (isWanted && buffer.size() < bytes->size()) return GDI_ERROR;
-    metrics = MetricsOf(outline, glyph.advance, font.Escapement());
-    if (isWanted) std::copy(bytes->begin(), bytes->end(), buffer.begin());
-    return format == GGO_NATIVE ? static_cast<DWORD>(bytes->size()) : 0;
+    if (isWanted && buffer.size() < glyph.bytes.size()) return GDI_ERROR;
+    metrics = glyph.metrics;
+    if (isWanted) std::copy(glyph.bytes.begin(), glyph.bytes.end(), buffer.begin());
+    return format == GGO_NATIVE ? static_cast<DWORD>(glyph.bytes.size()) : 0;
 }
 
 ABCFLOAT WidthsOf(const GlyphShape& glyph) {
@@ -90,11 +109,32 @@ Result Guarded(Result refusal, Ask ask) {
 
 }  // namespace
 
+Font::~Font() {
+    if (source == nullptr || shelf == nullptr) return;
+    source->Renew();
+    shelf->Put(words, std::move(source));
+}
+
 HFONT RegisterFont(std::unique_ptr<FontSource> source, const LOGFONTW& font) {
     if (source == nullptr) return nullptr;
     return static_cast<HFONT>(Register([&source, &font] {
         auto object = std::make_shared<Font>(std::move(source));
         object->escapement = font.lfEscapement;
+        return object;
+    }));
+}
+
+/// The installed font: from the shelf when it is there, and to the shelf when it is let go of.
+HFONT RegisterInstalled(const LOGFONTW& font) {
+    const std::shared_ptr<FontShelf>& shelf = FontShelf::Instance();
+    auto source = shelf->Take(font);
+    if (source == nullptr) source = FindFont(font);
+    if (source == nullptr) return nullptr;
+    return static_cast<HFONT>(Register([&] {
+        auto object = std::make_shared<Font>(std::move(source));
+        object->escapement = font.lfEscapement;
+        object->words = font;
+        object->shelf = shelf;
         return object;
     }));
 }
@@ -106,8 +146,7 @@ using platform::Guarded;
 
 HFONT CreateFontIndirectW(const LOGFONTW* font) {
     if (font == nullptr) return nullptr;
-    return Guarded<HFONT>(nullptr,
-                          [font] { return platform::RegisterFont(platform::FindFont(*font), *font); });
+    return Guarded<HFONT>(nullptr, [font] { return platform::RegisterInstalled(*font); });
 }
 
 DWORD GetGlyphOutlineW(HDC dc, UINT character, UINT format, GLYPHMETRICS* metrics, DWORD size, void* buffer,

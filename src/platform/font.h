@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/font_outline.h"
 #include "platform/registry.h"
@@ -49,15 +50,32 @@ class FontSource {
     virtual double Kerning(char32_t first, char32_t second) = 0;
     virtual const FontMetrics& Metrics() const = 0;
     virtual const std::wstring& Family() const = 0;
+    /// Forgets what it was asked, because the fonts that help out for one character are asked first for the
+    /// next: it answers as a new one again.
+    virtual void Renew() = 0;
+};
+
+class FontShelf;
+
+/// A character's outline as the font's context sees it.
+struct NativeGlyph {
+    std::optional<UINT> character;
+    std::vector<std::byte> bytes;
+    GLYPHMETRICS metrics{};
+    bool isDrawn = false;  ///< it has an outline, and all of that fits
 };
 
 struct Font : Object {
     static constexpr Kind kKind = Kind::Font;
     explicit Font(std::unique_ptr<FontSource> from) : Object(kKind), source(std::move(from)) {}
+    ~Font() override;
 
-    const std::unique_ptr<FontSource> source;  ///< null for the stand-in of no font
+    std::unique_ptr<FontSource> source;  ///< null for the stand-in of no font
     int escapement = 0;
-    std::mutex mutex;  ///< for the source: two contexts of two threads may hold one font
+    std::mutex mutex;                  ///< for the source: two contexts of two threads may hold one font
+    NativeGlyph lastGlyph;             ///< asked for twice as a rule: for its size, and for itself
+    LOGFONTW words{};                  ///< what it was asked for by, when it has a shelf
+    std::shared_ptr<FontShelf> shelf;  ///< where the source goes afterwards; null for the font of a file
 };
 
 /// An em beyond these is refused.
@@ -69,7 +87,7 @@ std::unique_ptr<FontSource> FindFont(const LOGFONTW& font);
 /// The font in a file's bytes, whatever its name; missing characters are not taken from others.
 std::unique_ptr<FontSource> OpenFont(std::span<const std::byte> file, const LOGFONTW& font);
 
-/// Makes a handle of a font, as CreateFontIndirectW does; null for null.
+/// Makes a handle of a font that came from a file; null for null.
 HFONT RegisterFont(std::unique_ptr<FontSource> source, const LOGFONTW& font);
 
 }  // namespace tarvex::platform

@@ -295,6 +295,12 @@ class FreeTypeFont : public FontSource {
     const FontMetrics& Metrics() const override { return m_metrics; }
     const std::wstring& Family() const override { return m_faces.front().File().family; }
 
+    void Renew() override {
+        while (m_faces.size() > 1) m_faces.pop_back();
+        m_missing.clear();
+        m_lastCharacter.reset();
+    }
+
   private:
     struct Place {
         std::size_t face = 0;

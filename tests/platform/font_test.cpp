@@ -203,6 +203,28 @@ TEST(GlyphOutline, MissingCharactersComeFromOtherFontsOrAreBoxes) {
     }
 }
 
+/// A font that was let go of is kept for who asks in the same words, a few of them.
+TEST(GlyphOutline, DoesNotDependOnWhatFontsWereAskedBefore) {
+    std::vector<LOGFONTW> words(6, Logical(L"Z003", -500));
+    words[1].lfHeight = -501;
+    words[2].lfWidth = 300;
+    words[3].lfEscapement = 300;
+    words[4].lfItalic = 1;
+    words[5].lfFaceName[3] = 0;
+    const unsigned characters[] = {'a', 0x416, 0x1D539, 0x5D0, 0x4E00};  // the first is in the font itself
+    for (const LOGFONTW& font : words) {
+        for (const unsigned c : characters) {
+            for (int i = 0; i < 8; ++i) Setting(Logical(L"DejaVu Sans", -300 - i)).Size('a');
+            const std::vector<std::byte> anew = Setting(font).Native(c);
+            for (const LOGFONTW& other : words) {
+                const Setting setting(other);
+                for (const unsigned k : characters) setting.Size(k);
+            }
+            EXPECT_EQ(Setting(font).Native(c), anew) << c;
+        }
+    }
+}
+
 TEST(GlyphOutline, IsRefusedRatherThanCutShort) {
     const Setting setting(Logical(L"DejaVu Sans", -100));
     const DWORD size = setting.Size('B');
