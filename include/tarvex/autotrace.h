@@ -117,10 +117,7 @@ class TARVEX_API CAutoTrace {
     void DumpBUBmp() const;
 
   private:
-    bool DrawCutLines();
-    void SeedFill(int x, int y, int tolerance, CRect& bounds);
-    void TraceIt();
-    void MakeBUBmp(int mask);
+    void MakeBUBmp(const void* bits);
 
     CPolyPolyPoint m_cutPolylines;
     CPolyPolyDPoint m_tracedLines;
@@ -130,7 +127,6 @@ class TARVEX_API CAutoTrace {
     RGBQUAD* m_bits = nullptr;
     int m_width = 0;
     int m_height = 0;
-    std::vector<FILLRECORD> m_fillStack;
     bool m_fillFilter = true;
     CRect m_fillBounds;
     HBITMAP m_hBUBitmap = nullptr;

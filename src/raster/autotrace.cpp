@@ -1,18 +1,19 @@
-// The colour-region tracer: the shared seed fill and contour follower over pixels whose reserved bytes say
-// what is filled, traced and cut.
+// The colour-region tracer: the shared seed fill and contour follower.
 //
-// Its cost beside the fill itself is one look at every reserved byte: only the first clean-up visits the
-// whole picture, the last one just what the trace can have marked. Seeds in one run of pixels lead to the
-// same start of a boundary, and a start once refused stays refused, so each run is tried once.
+// What is filled, cut and traced is kept in one-bit rasters, of which 64 pixels fit into a word; the reserved
+// bytes of the picture's pixels, four bytes apart, are read once to clean them up and written only for what
+// stays digitised. Seeds in one run of pixels lead to the same start of a boundary, and a start once refused
+// stays refused, so each run is tried once.
 #include "tarvex/autotrace.h"
 
 #include <array>
+#include <cstring>
 #include <memory>
 
 #include "raster/autotrace_raster.h"
 #include "raster/contour_appender.h"
 #include "raster/dib.h"
-#include "raster/seedfill.h"
+#include "raster/region_fill.h"
 #include "tarvex/breakup.h"
 #include "tarvex/raster.h"
 #include "tarvex/skeleton.h"
@@ -49,8 +50,6 @@ bool DrawWhiteLines(HBITMAP bitmap, const CPolyPolyPoint& lines) {
 /// Out of the class's reach, whose own SetPixel is another.
 void Paint(HDC dc, int x, int y, COLORREF colour) { SetPixel(dc, x, y, colour); }
 
-CRect WholeOf(const MarkedRaster& raster) { return {0, 0, raster.Width(), raster.Height()}; }
-
 /// A closed outline as doubles.
 std::unique_ptr<CArray<DPOINT, DPOINT>> ClosedOutline(PixelPosition start, const WalkSteps& steps) {
     if (steps.size() >= static_cast<std::size_t>(INT32_MAX)) AfxThrowMemoryException();
@@ -67,15 +66,19 @@ std::unique_ptr<CArray<DPOINT, DPOINT>> ClosedOutline(PixelPosition start, const
 /// Follows the boundaries of what is filled, from seeds on a grid.
 class BoundaryTracer {
   public:
-    BoundaryTracer(const MarkedRaster& raster, CPolyPolyDPoint& lines) : m_raster(raster), m_lines(lines) {}
+    BoundaryTracer(const BitRaster& region, CPolyPolyDPoint& lines)
+        : m_region(region), m_traced(region.Width(), region.Height()), m_lines(lines) {}
+
+    // What the contour follower asks.
+    NeighbourMask Neighbours(int x, int y) const { return m_region.Neighbours(x, y); }
+    bool Traced(int x, int y) const { return m_traced.Raster().Get(x, y); }
 
     void TraceRow(int y, int left, int right) {
         int triedTo = -1;  // a pixel of the run tried last
         for (std::int64_t column = left; column < right; column += kSeedStep) {
             const int x = static_cast<int>(column);
-            if (!m_raster.Has(x, y, PIXEL_ATTR_FILL) || m_raster.Traced(x, y)) continue;
-            int start = x;
-            while (start > 0 && start != triedTo && m_raster.Has(start - 1, y, PIXEL_ATTR_FILL)) --start;
+            if (!m_region.Get(x, y) || Traced(x, y)) continue;
+            const int start = m_region.RunStart(x, y, std::max(triedTo, 0));
             const bool tried = start == triedTo;
             triedTo = x;
             if (!tried) TraceFrom({start, y});
@@ -84,16 +87,32 @@ class BoundaryTracer {
 
   private:
     void TraceFrom(PixelPosition start) {
-        if (m_raster.Neighbours(start.x, start.y) == 0) return;
-        if (WalkBoundary(m_raster, start, m_steps) == WalkEnd::OnOldTrace) return;
-        ForEachPoint(start, m_steps, [this](int x, int y) { m_raster.Mark(x, y, PIXEL_ATTR_TRACE); });
+        if (Neighbours(start.x, start.y) == 0) return;
+        if (WalkBoundary(*this, start, m_steps) == WalkEnd::OnOldTrace) return;
+        ForEachPoint(start, m_steps, [this](int x, int y) { m_traced.Raster().Set(x, y); });
         if (m_steps.size() + 1 > kLeastPoints) m_lines.Add(ClosedOutline(start, m_steps));
     }
 
-    const MarkedRaster& m_raster;
+    BitRaster m_region;
+    OwnBits m_traced;
     ContourAppender<CArray<DPOINT, DPOINT>> m_lines;
     WalkSteps m_steps;
 };
+
+/// Follows the boundaries that seeds in the area lead to.
+void TraceBoundaries(const BitRaster& region, const CRect& area, CPolyPolyDPoint& lines) {
+    BoundaryTracer tracer(region, lines);
+    for (std::int64_t y = area.top; y < area.bottom; y += kSeedStep)
+        tracer.TraceRow(static_cast<int>(y), area.left, area.right);
+}
+
+void MarkDigitised(const MarkedRaster& picture, const BitRaster& region) {
+    for (int y = 0; y < picture.Height(); ++y) {
+        int x = region.SkipRight(0, picture.Width() - 1, y);
+        for (; x < picture.Width(); x = region.SkipRight(x + 1, picture.Width() - 1, y))
+            picture.Mark(x, y, PIXEL_ATTR_DIGI);
+    }
+}
 
 }  // namespace
 
@@ -116,97 +135,58 @@ CAutoTrace::~CAutoTrace() {
 void CAutoTrace::DoTrace(int x, int y, CPolyPolyInclination* inclinations, int tolerance, bool keepDigi,
                          bool checkComplexity, bool skeleton) {
     const MarkedRaster raster(m_bits, m_width, m_height);
-    const Digitised filled = keepDigi ? Digitised::Keep : Digitised::Forget;
     m_tracedLines.RemoveAll();
     m_skeletonCurves.RemoveAll();
-    CleanUpReserved(raster, WholeOf(raster), filled);
-    const bool hasCuts = !m_cutPolylines.IsEmpty();
-    if (hasCuts && !DrawCutLines()) return;
+    CleanUpReserved(raster, keepDigi ? Digitised::Keep : Digitised::Forget);
+    UniqueBitmap drawnCuts;
+    BitRaster cuts;
+    if (!m_cutPolylines.IsEmpty()) {
+        BITMAP drawn{};
+        drawnCuts.Reset(CreateEmptyBmpBW({m_width, m_height}));
+        if (!drawnCuts || GetObject(drawnCuts.Get(), static_cast<int>(sizeof drawn), &drawn) == 0) return;
+        if (!DrawWhiteLines(drawnCuts.Get(), m_cutPolylines)) return;
+        cuts = BitRaster(static_cast<std::uint8_t*>(drawn.bmBits), m_width, m_height);
+    }
     CRect bounds(x, y, x, y);
-    SeedFill(x, y, tolerance, bounds);
+    const OwnBits region = FillRegion(raster, cuts, {x, y}, tolerance, bounds);
     InflateRect(&bounds, kMargin, kMargin);
     m_fillBounds = CRect(std::max<int>(bounds.left, 0), std::max<int>(bounds.top, 0),
                          std::min<int>(bounds.right, m_width), std::min<int>(bounds.bottom, m_height));
-    if (m_fillFilter) FilterFillArea(raster, m_fillBounds);
+    if (m_fillFilter) SmoothRegion(region.Raster(), m_fillBounds);
     if (skeleton) {
-        MakeBUBmp(PIXEL_ATTR_FILL);
+        MakeBUBmp(region.Bytes().data());
         CSkeleton thinned;
         thinned.InputMono(m_hBUBitmap);
         thinned.Output(m_skeletonCurves);
     } else {
-        TraceIt();
+        TraceBoundaries(region.Raster(), m_fillBounds, m_tracedLines);
         if (inclinations != nullptr) {
-            MakeBUBmp(PIXEL_ATTR_FILL);
+            MakeBUBmp(region.Bytes().data());
             CAutoBreakUp breakUp;
             breakUp.AutoBreakUp(m_hBUBitmap, m_scale, m_tracedLines, *inclinations, checkComplexity);
         }
     }
-    CleanUpReserved(raster, hasCuts ? WholeOf(raster) : m_fillBounds, filled);
+    if (keepDigi) MarkDigitised(raster, region.Raster());
 }
 
 void CAutoTrace::SeedFillAD(int x, int y) {
     const MarkedRaster raster(m_bits, m_width, m_height);
     m_tracedLines.RemoveAll();
     m_skeletonCurves.RemoveAll();
-    CleanUpReserved(raster, WholeOf(raster), Digitised::Keep);
+    CleanUpReserved(raster, Digitised::Keep);
     CRect bounds(x, y, x, y);
-    SeedFill(x, y, 0, bounds);
-    TraceIt();
-    CleanUpReserved(raster, WholeOf(raster), Digitised::Keep);
+    const OwnBits region = FillRegion(raster, {}, {x, y}, 0, bounds);
+    TraceBoundaries(region.Raster(), m_fillBounds, m_tracedLines);
+    MarkDigitised(raster, region.Raster());
 }
 
-bool CAutoTrace::DrawCutLines() {
-    const UniqueBitmap bitmap(CreateEmptyBmpBW({m_width, m_height}));
-    BITMAP drawn{};
-    if (!bitmap || GetObject(bitmap.Get(), static_cast<int>(sizeof drawn), &drawn) == 0) return false;
-    if (!DrawWhiteLines(bitmap.Get(), m_cutPolylines)) return false;
-    const MarkedRaster raster(m_bits, m_width, m_height);
-    for (int y = 0; y < m_height; ++y) {
-        for (int x = 0; x < m_width; ++x) {
-            if (CImgProc::GetPixel(drawn, x, y)) raster.Mark(x, y, PIXEL_ATTR_CUT);
-        }
-    }
-    return true;
-}
-
-void CAutoTrace::SeedFill(int x, int y, int tolerance, CRect& bounds) {
-    m_fillStack.clear();
-    const MarkedRaster raster(m_bits, m_width, m_height);
-    if (!raster.Inside(x, y)) return;
-    const RGBQUAD seed = tolerance == 0 ? raster.At(x, y) : raster.Mean(x, y);
-    const auto inside = [&raster, seed, tolerance](int px, int py) {
-        const RGBQUAD& pixel = raster.At(px, py);
-        if ((pixel.rgbReserved & (PIXEL_ATTR_FILL | PIXEL_ATTR_CUT)) != 0) return false;
-        return ColourDistance(tolerance == 0 ? pixel : raster.Mean(px, py), seed) <= tolerance;
-    };
-    const auto fill = [&raster, &bounds](int px, int py) {
-        raster.Mark(px, py, PIXEL_ATTR_FILL);
-        bounds.left = std::min<LONG>(bounds.left, px);
-        bounds.right = std::max<LONG>(bounds.right, px);
-        bounds.top = std::min<LONG>(bounds.top, py);
-        bounds.bottom = std::max<LONG>(bounds.bottom, py);
-    };
-    FillFromSeed(PixelSpans(m_width, inside, fill), m_fillStack, m_height, x, y);
-}
-
-void CAutoTrace::TraceIt() {
-    const MarkedRaster raster(m_bits, m_width, m_height);
-    BoundaryTracer tracer(raster, m_tracedLines);
-    for (std::int64_t y = m_fillBounds.top; y < m_fillBounds.bottom; y += kSeedStep)
-        tracer.TraceRow(static_cast<int>(y), m_fillBounds.left, m_fillBounds.right);
-}
-
-void CAutoTrace::MakeBUBmp(int mask) {
+void CAutoTrace::MakeBUBmp(const void* bits) {
     if (m_hBUBitmap != nullptr) DeleteObject(m_hBUBitmap);
     m_hBUBitmap = CreateEmptyBmpBW({m_width, m_height});
     BITMAP made{};
     if (m_hBUBitmap == nullptr || GetObject(m_hBUBitmap, static_cast<int>(sizeof made), &made) == 0) return;
-    const MarkedRaster raster(m_bits, m_width, m_height);
-    for (int y = 0; y < m_height; ++y) {
-        for (int x = 0; x < m_width; ++x) {
-            if (raster.Has(x, y, static_cast<BYTE>(mask))) CImgProc::SetPixel(made, x, y, true);
-        }
-    }
+    std::memcpy(made.bmBits, bits,
+                PaddedRowBytes(static_cast<std::uint64_t>(m_width)) * static_cast<std::size_t>(m_height));
 }
 
 bool CAutoTrace::IsEqual(const RGBQUAD& a, const RGBQUAD& b) { return ColourDistance(a, b) == 0; }
@@ -269,9 +249,9 @@ void CAutoTrace::DumpImage() const {
     const ScreenDC screen(GetDC(nullptr));
     for (int y = 0; y < m_height; ++y) {
         for (int x = 0; x < m_width; ++x) {
-            const COLORREF colour = raster.Has(x, y, PIXEL_ATTR_FILL) ? RGB(255, 0, 0)
-                                    : raster.Traced(x, y)             ? RGB(0, 255, 0)
-                                                                      : RGB(0, 0, 0);
+            const COLORREF colour = raster.Has(x, y, PIXEL_ATTR_FILL)    ? RGB(255, 0, 0)
+                                    : raster.Has(x, y, PIXEL_ATTR_TRACE) ? RGB(0, 255, 0)
+                                                                         : RGB(0, 0, 0);
             Paint(screen.Get(), x, y, colour);
         }
     }

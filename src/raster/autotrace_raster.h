@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "raster/follower.h"
 #include "tarvex/autotrace.h"
 
 namespace tarvex {
@@ -41,18 +40,6 @@ class MarkedRaster {
     /// The mean of the 3 x 3 window, each channel rounded down.
     RGBQUAD Mean(int x, int y) const;
 
-    // What the contour follower asks: the region is where pixels are filled.
-
-    NeighbourMask Neighbours(int x, int y) const {
-        unsigned mask = 0;
-        for (int dir = 0; dir < 8; ++dir) {
-            const PixelPosition p = Stepped({x, y}, dir);
-            if (Inside(p.x, p.y) && Has(p.x, p.y, PIXEL_ATTR_FILL)) mask |= 1U << dir;
-        }
-        return static_cast<NeighbourMask>(mask);
-    }
-    bool Traced(int x, int y) const { return Has(x, y, PIXEL_ATTR_TRACE); }
-
   private:
     RGBQUAD* m_bits;
     int m_width;
@@ -61,11 +48,8 @@ class MarkedRaster {
 
 enum class Digitised { Forget, Keep };
 
-/// Clears foreign reserved bytes and all marks but the digitised one in an area, right and bottom exclusive;
-/// to keep what is digitised also marks what is filled.
-void CleanUpReserved(const MarkedRaster& raster, const CRect& area, Digitised filled);
-
-/// Grows what is filled in the area by a pixel, then fills where most of the 5 x 5 window is filled.
-void FilterFillArea(const MarkedRaster& raster, const CRect& area);
+/// Clears foreign reserved bytes and all marks but the digitised one; to keep what is digitised also marks
+/// what is filled.
+void CleanUpReserved(const MarkedRaster& raster, Digitised filled);
 
 }  // namespace tarvex

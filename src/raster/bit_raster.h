@@ -35,6 +35,10 @@ class BitRaster {
     int Height() const { return m_height; }
     bool Inside(int x, int y) const { return x >= 0 && x < m_width && y >= 0 && y < m_height; }
 
+    /// The bytes of a row, this many with the padding.
+    std::uint8_t* Row(int y) const { return m_bits + static_cast<std::size_t>(m_height - 1 - y) * m_stride; }
+    std::size_t Stride() const { return m_stride; }
+
     bool Get(int x, int y) const { return (Row(y)[x >> 3] & Bit(x)) != 0; }
     void Set(int x, int y) const {
         std::uint8_t& byte = Row(y)[x >> 3];
@@ -87,8 +91,6 @@ class BitRaster {
     static unsigned Three(const std::uint8_t* p, int shift) {
         return ((static_cast<unsigned>(p[0]) << 8 | p[1]) >> shift) & 7U;
     }
-    std::uint8_t* Row(int y) const { return m_bits + static_cast<std::size_t>(m_height - 1 - y) * m_stride; }
-
     NeighbourMask EdgeNeighbours(int x, int y) const {
         unsigned mask = 0;
         for (int dir = 0; dir < 8; ++dir) {

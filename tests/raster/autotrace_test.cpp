@@ -58,9 +58,9 @@ void FillRectangle(ColourPicture& picture, int left, int top, int right, int bot
         for (int x = left; x <= right; ++x) picture.At(x, y) = Grey(level);
 }
 
-/// Rectangles of near and far colours, some with noise.
+/// Rectangles of near and far colours, some with noise; rows of one to three words of bits.
 ColourPicture AnyColours() {
-    ColourPicture picture(*rc::gen::inRange(1, 60), *rc::gen::inRange(1, 45));
+    ColourPicture picture(*rc::gen::inRange(1, 140), *rc::gen::inRange(1, 45));
     std::mt19937 random(*rc::gen::arbitrary<unsigned>());
     const auto below = [&random](int bound) {
         return static_cast<int>(random() % static_cast<unsigned>(bound));
