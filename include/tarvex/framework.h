@@ -124,6 +124,8 @@ class TARVEX_API CArchive {
     void Read(void* data, std::size_t size);
     /// Writes exactly `size` bytes. Raises when the archive is being loaded.
     void Write(const void* data, std::size_t size);
+    /// Makes room for as many bytes to be written, in one step, where they go to memory.
+    void Expect(std::size_t size);
     std::uint32_t ReadCount();
     void WriteCount(std::uint32_t count);
 
@@ -191,8 +193,9 @@ class CArray : public CObject {
             m_count = m_capacity = 0;
         } else if (newSize > m_capacity) {
             const int step = growBy >= 0 ? growBy : m_growBy;
-            Reallocate(GrownCapacity(newSize, step), newSize);
-        } else {
+            MoveTo(GrownCapacity(newSize, step));
+        }
+        if (newSize != 0) {
             ZeroFill(m_count, newSize);
             m_count = newSize;
         }
@@ -204,7 +207,7 @@ class CArray : public CObject {
         if (m_count == 0) {
             SetSize(0);
         } else if (m_capacity != m_count) {
-            Reallocate(m_count, m_count);
+            MoveTo(m_count);
         }
     }
 
@@ -302,15 +305,12 @@ class CArray : public CObject {
         const std::uint32_t count = ar.ReadCount();
         if (count > INT32_MAX || count > ar.Remaining() / sizeof(T))
             throw CArchiveException("the archive announces more elements than it holds");
-        SetSize(static_cast<int>(count));
-        ar.Read(m_data, Bytes(m_count));
-        if constexpr (requires(T & record) { ClearUnarchived(record); }) {
-            for (T& record : *this) ClearUnarchived(record);
-        }
+        LoadElements(ar, static_cast<int>(count));
     }
 
   private:
     void StoreElements(CArchive& ar) const {
+        ar.Expect(Bytes(m_count));
         if constexpr (requires(T & record) { ClearUnarchived(record); }) {
             constexpr int chunkSize = 64;
             T chunk[chunkSize];
@@ -322,6 +322,32 @@ class CArray : public CObject {
             }
         } else {
             ar.Write(m_data, Bytes(m_count));
+        }
+    }
+
+    /// Replaces the elements by `count` read from the archive. New storage is not zeroed first, and what
+    /// needs clearing is cleared while it is in the cache: a large array is passed over once.
+    void LoadElements(CArchive& ar, int count) {
+        if (count == 0 || count <= m_capacity) {
+            SetSize(count);
+        } else {
+            MoveTo(GrownCapacity(count, m_growBy));
+            m_count = count;
+        }
+        constexpr int chunkSize = sizeof(T) < 32768 ? static_cast<int>(32768 / sizeof(T)) : 1;
+        int done = 0;
+        try {
+            while (done < count) {
+                const int n = count - done < chunkSize ? count - done : chunkSize;
+                ar.Read(m_data + done, Bytes(n));
+                if constexpr (requires(T & record) { ClearUnarchived(record); }) {
+                    for (int k = done; k < done + n; ++k) ClearUnarchived(m_data[k]);
+                }
+                done += n;
+            }
+        } catch (...) {
+            ZeroFill(done, count);  // no element is left without a value
+            throw;
         }
     }
 
@@ -357,18 +383,16 @@ class CArray : public CObject {
         if (n > 0) std::memcpy(static_cast<void*>(m_data + at), src, Bytes(n));
     }
 
-    void Reallocate(int capacity, int newSize) {
+    /// Moves the elements to new storage of that capacity.
+    void MoveTo(int capacity) {
         if (static_cast<std::size_t>(capacity) > static_cast<std::size_t>(PTRDIFF_MAX) / sizeof(T))
             AfxThrowInvalidArgException();
         T* storage = static_cast<T*>(::operator new(Bytes(capacity), std::nothrow));
         if (storage == nullptr) AfxThrowMemoryException();
-        const int kept = newSize < m_count ? newSize : m_count;
-        if (kept > 0) std::memcpy(static_cast<void*>(storage), m_data, Bytes(kept));
+        if (m_count > 0) std::memcpy(static_cast<void*>(storage), m_data, Bytes(m_count));
         ::operator delete(m_data);
         m_data = storage;
         m_capacity = capacity;
-        ZeroFill(kept, newSize);
-        m_count = newSize;
     }
 
     /// Makes room for `n` elements at `i`, moving up what stands there.

@@ -1,4 +1,5 @@
 // Archives over memory and over files.
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 
@@ -81,6 +82,13 @@ void CArchive::Write(const void* data, std::size_t size) {
     const auto count = static_cast<std::streamsize>(size);
     if (m_impl->file.sputn(static_cast<const char*>(data), count) != count)
         ThrowFileFailure(m_impl->name, "cannot be written");
+}
+
+void CArchive::Expect(std::size_t size) {
+    std::vector<std::byte>* const sink = m_impl->sink;
+    if (sink == nullptr || size <= sink->capacity() - sink->size()) return;
+    // At least twofold, so that many small arrays in one archive do not each move all before them.
+    sink->reserve(std::max(sink->size() + size, 2 * sink->capacity()));
 }
 
 std::uint32_t CArchive::ReadCount() {
