@@ -1,14 +1,9 @@
 // Cubic segments: fitting outlines, flattening, length and nearest point; lib2geom's for comparison.
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
+#include <memory>
 #include <numbers>
-#include <random>
-#include <vector>
 
+#include "support.h"
 #include "tarvex/bezier.h"
 
 #if defined(TARVEX_BENCH_2GEOM)
@@ -16,7 +11,7 @@
 #include <2geom/bezier-utils.h>
 #endif
 
-namespace tarvex {
+namespace tarvex::bench {
 namespace {
 
 constexpr double kError = 5;  // what outline tracing asks for
@@ -80,13 +75,6 @@ void RequireClose(const Run& run, const CArray<BEZIER, BEZIER>& segments) {
     }
 }
 
-void CountPoints(benchmark::State& state, std::size_t points) {
-    state.counters["points"] = static_cast<double>(points);
-    state.counters["per_point"] =
-        benchmark::Counter(static_cast<double>(points),
-                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
 void FitBlobs(benchmark::State& state) {
     const std::vector<Run> runs = PictureOfBlobs(8000);
     std::size_t points = 0;
@@ -105,7 +93,7 @@ void FitBlobs(benchmark::State& state) {
             benchmark::DoNotOptimize(nodes.GetData());
         }
     }
-    CountPoints(state, points);
+    CountItems(state, "points", points);
 }
 BENCHMARK(FitBlobs)->Unit(benchmark::kMillisecond);
 
@@ -120,7 +108,7 @@ void FitOutline(benchmark::State& state) {
         benchmark::DoNotOptimize(segments.GetData());
     }
     state.counters["segments"] = segments.GetSize();
-    CountPoints(state, run.size());
+    CountItems(state, "points", run.size());
 }
 BENCHMARK(FitOutline)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 
@@ -135,7 +123,7 @@ void FitNoise(benchmark::State& state) {
         FitCurve(run.data(), static_cast<int>(run.size()), &segments, kError);
         benchmark::DoNotOptimize(segments.GetData());
     }
-    CountPoints(state, run.size());
+    CountItems(state, "points", run.size());
 }
 BENCHMARK(FitNoise)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
@@ -150,28 +138,77 @@ void Flatten(benchmark::State& state) {
         curve.GetPolyline(points);
         benchmark::DoNotOptimize(points.GetData());
     }
-    CountPoints(state, static_cast<std::size_t>(points.GetSize()));
+    CountItems(state, "points", static_cast<std::size_t>(points.GetSize()));
 }
 BENCHMARK(Flatten)->Arg(1)->Arg(10)->Arg(40);
 
-void FlattenContour(benchmark::State& state) {
-    const Run run = LongOutline(100000);
-    CArray<BPOINT, BPOINT> nodes;
-    FitCurve(run.data(), static_cast<int>(run.size()), &nodes, kError);
-    CArray<DPOINT, DPOINT> points;
-    for (auto _ : state) {
-        GetPolyline(nodes, points, 1.0);
-        benchmark::DoNotOptimize(points.GetData());
+/// Outlines of arches of about 10 units, as a traced drawing's are, in contours of a thousand segments.
+std::vector<CArray<BPOINT, BPOINT>> Drawing(int segments) {
+    constexpr int kContour = 1000;
+    std::mt19937 random(9);
+    std::vector<CArray<BPOINT, BPOINT>> contours(static_cast<std::size_t>(segments / kContour));
+    for (auto& nodes : contours) {
+        nodes.SetSize(kContour + 1);
+        DPOINT p{2000 * Uniform(random), 2000 * Uniform(random)};
+        double turn = 2 * std::numbers::pi * Uniform(random);
+        for (BPOINT& node : nodes) {
+            const DPOINT out{4 * std::cos(turn), 4 * std::sin(turn)};
+            node = {{p.x - out.x, p.y - out.y}, p, {p.x + out.x, p.y + out.y}};
+            const double step = turn + Uniform(random) - 0.5;
+            p = {p.x + 10 * std::cos(step), p.y + 10 * std::sin(step)};
+            turn += Uniform(random) - 0.5;
+        }
     }
-    CountPoints(state, static_cast<std::size_t>(points.GetSize()));
+    return contours;
 }
-BENCHMARK(FlattenContour)->Unit(benchmark::kMicrosecond);
 
-void Length(benchmark::State& state) {
+void FlattenSet(benchmark::State& state) {
+    const auto contours = Drawing(Size(state));
+    std::size_t count = 0;
+    for (auto _ : state) {
+        std::vector<CArray<DPOINT, DPOINT>> polylines(contours.size());
+        count = 0;
+        for (std::size_t i = 0; i < contours.size(); ++i) {
+            GetPolyline(contours[i], polylines[i], 1.0);
+            count += static_cast<std::size_t>(polylines[i].GetSize());
+        }
+        benchmark::DoNotOptimize(polylines.data());
+    }
+    CountItems(state, "points", count);
+}
+BENCHMARK(FlattenSet)->RangeMultiplier(10)->Range(10000, 1000000)->Unit(benchmark::kMillisecond);
+
+/// What is left of flattening when nothing is computed: as many points, written one after the other into as
+/// many new arrays.
+void FlattenSetPeerWriting(benchmark::State& state) {
+    std::vector<std::size_t> counts;
+    CArray<DPOINT, DPOINT> points;
+    for (const auto& nodes : Drawing(Size(state))) {
+        GetPolyline(nodes, points, 1.0);
+        counts.push_back(static_cast<std::size_t>(points.GetSize()));
+    }
+    for (auto _ : state) {
+        std::vector<std::unique_ptr<DPOINT[]>> written;
+        for (const std::size_t count : counts) {
+            written.push_back(std::make_unique_for_overwrite<DPOINT[]>(count));
+            double value = 0;
+            for (std::size_t i = 0; i < count; ++i, value += 1) written.back()[i] = {value, value};
+            benchmark::ClobberMemory();
+        }
+    }
+}
+BENCHMARK(FlattenSetPeerWriting)->RangeMultiplier(10)->Range(10000, 1000000)->Unit(benchmark::kMillisecond);
+
+/// The resolution that a segment has of itself, and a finer one, which asks for the rule's largest number of
+/// chords.
+void LengthAt(benchmark::State& state, double resolution) {
     CBezier curve = kArch;
-    curve.SetResolution(1e-3);
+    curve.SetResolution(resolution);
     for (auto _ : state) benchmark::DoNotOptimize(curve.GetLength());
 }
+void LengthDefault(benchmark::State& state) { LengthAt(state, CBezier(kArch).resolution); }
+void Length(benchmark::State& state) { LengthAt(state, 1e-3); }
+BENCHMARK(LengthDefault)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Length)->Unit(benchmark::kMicrosecond);
 
 std::vector<DPOINT> QueryPoints() {
@@ -228,7 +265,7 @@ void FitBlobsPeer(benchmark::State& state) {
     for (auto _ : state) {
         for (const auto& run : runs) benchmark::DoNotOptimize(PeerFit(run, beziers));
     }
-    CountPoints(state, count);
+    CountItems(state, "points", count);
 }
 BENCHMARK(FitBlobsPeer)->Unit(benchmark::kMillisecond);
 
@@ -238,15 +275,46 @@ void FitOutlinePeer(benchmark::State& state) {
     int segments = 0;
     for (auto _ : state) benchmark::DoNotOptimize(segments = PeerFit(points, beziers));
     state.counters["segments"] = segments;
-    CountPoints(state, points.size());
+    CountItems(state, "points", points.size());
 }
-BENCHMARK(FitOutlinePeer)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(FitOutlinePeer)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 
-void LengthPeer(benchmark::State& state) {
-    const Geom::CubicBezier curve = PeerArch();
-    if (std::fabs(curve.length(1e-5) - kArch.GetLength()) > 1e-2) std::abort();
-    for (auto _ : state) benchmark::DoNotOptimize(curve.length(1e-6));
+/// lib2geom flattens by its caller's hand: as many even parameters as ours needs points.
+void FlattenSetPeer(benchmark::State& state) {
+    const auto point = [](const DPOINT& p) { return Geom::Point(p.x, p.y); };
+    std::vector<Geom::CubicBezier> curves;
+    std::vector<int> counts;
+    CArray<DPOINT, DPOINT> polyline;
+    for (const auto& nodes : Drawing(Size(state))) {
+        for (int i = 0; i + 1 < nodes.GetSize(); ++i) {
+            curves.emplace_back(point(nodes[i].pt), point(nodes[i].cp2), point(nodes[i + 1].cp1),
+                                point(nodes[i + 1].pt));
+            polyline.RemoveAll();
+            CBezier(nodes[i], nodes[i + 1]).GetPolyline(polyline);
+            counts.push_back(polyline.GetSize() - 1);
+        }
+    }
+    std::vector<Geom::Point> points;
+    for (auto _ : state) {
+        points = {};
+        for (std::size_t i = 0; i < curves.size(); ++i) {
+            for (int k = 1; k <= counts[i]; ++k)
+                points.push_back(curves[i].pointAt(static_cast<double>(k) / counts[i]));
+        }
+        benchmark::DoNotOptimize(points.data());
+    }
+    CountItems(state, "points", points.size());
 }
+BENCHMARK(FlattenSetPeer)->RangeMultiplier(10)->Range(10000, 1000000)->Unit(benchmark::kMillisecond);
+
+void LengthPeerTo(benchmark::State& state, double tolerance) {
+    const Geom::CubicBezier curve = PeerArch();
+    Require(std::fabs(curve.length(1e-5) - kArch.GetLength()) <= 1, "the lengths differ");
+    for (auto _ : state) benchmark::DoNotOptimize(curve.length(tolerance));
+}
+void LengthPeerDefault(benchmark::State& state) { LengthPeerTo(state, CBezier(kArch).resolution); }
+void LengthPeer(benchmark::State& state) { LengthPeerTo(state, 1e-6); }
+BENCHMARK(LengthPeerDefault)->Unit(benchmark::kMicrosecond);
 BENCHMARK(LengthPeer)->Unit(benchmark::kMicrosecond);
 
 void NearestPointPeer(benchmark::State& state) {
@@ -269,4 +337,4 @@ BENCHMARK(NearestPointPeer);
 #endif
 
 }  // namespace
-}  // namespace tarvex
+}  // namespace tarvex::bench

@@ -1,23 +1,19 @@
 // Unions of polygon sets, beside polyclipping's on the same sets rounded to whole numbers.
-#include <benchmark/benchmark.h>
-
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+#include <memory>
 #include <numbers>
-#include <random>
 #include <utility>
-#include <vector>
 
+#include "support.h"
 #include "tarvex/clipper.h"
 
 #if defined(TARVEX_BENCH_POLYCLIPPING)
 #include <polyclipping/clipper.hpp>
 #endif
+#if defined(TARVEX_BENCH_GEOS)
+#include <geos_c.h>
+#endif
 
-namespace tarvex {
+namespace tarvex::bench {
 namespace {
 
 using Contours = std::vector<std::vector<DPOINT>>;
@@ -83,6 +79,23 @@ Operands CrossingPolygons(int edges) {
     Operands made;
     made.subject = polygons();
     made.clip = polygons();
+    return made;
+}
+
+/// One polygon of random corners in a square, and another: every edge crosses a third of all others.
+Operands Dense(int edges) {
+    std::mt19937 random(6);
+    const auto polygon = [&] {
+        std::vector<DPOINT> contour;
+        for (int i = 0; i < edges; ++i) {
+            const double x = 1000 * Uniform(random);
+            contour.push_back({x, 1000 * Uniform(random)});
+        }
+        return Contours{contour};
+    };
+    Operands made;
+    made.subject = polygon();
+    made.clip = polygon();
     return made;
 }
 
@@ -214,33 +227,94 @@ void PeersUnion(benchmark::State& state, const Operands& operands) {
 }
 #endif
 
-int Size(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
+#if defined(TARVEX_BENCH_GEOS)
+using Geometry = std::unique_ptr<GEOSGeometry, void (*)(GEOSGeometry*)>;
 
-void RoughDiscUnion(benchmark::State& state) { Union(state, RoughDiscs(Size(state))); }
-void LoopUnion(benchmark::State& state) { Union(state, Loops(Size(state))); }
-void CrossingPolygonUnion(benchmark::State& state) { Union(state, CrossingPolygons(Size(state))); }
-void GridUnion(benchmark::State& state) { Union(state, Grids(Size(state))); }
-void SeparateRingUnion(benchmark::State& state) { Union(state, Rings(Size(state), false)); }
-void NestedRingUnion(benchmark::State& state) { Union(state, Rings(Size(state), true)); }
-#if defined(TARVEX_BENCH_POLYCLIPPING)
-void PeerRoughDiscUnion(benchmark::State& state) { PeersUnion(state, RoughDiscs(Size(state))); }
-void PeerLoopUnion(benchmark::State& state) { PeersUnion(state, Loops(Size(state))); }
-void PeerCrossingPolygonUnion(benchmark::State& state) { PeersUnion(state, CrossingPolygons(Size(state))); }
-void PeerGridUnion(benchmark::State& state) { PeersUnion(state, Grids(Size(state))); }
+/// GEOS takes simple polygons with their holes sorted out, so each contour is made one by itself. GEOS
+/// mends those that cross themselves (by its even-odd "linework" rule) before it can unite them.
+Geometry GeosSet(const Contours& contours) {
+    std::vector<GEOSGeometry*> polygons;
+    for (const auto& contour : contours) {
+        GEOSCoordSequence* points = GEOSCoordSeq_create(static_cast<unsigned>(contour.size() + 1), 2);
+        for (std::size_t i = 0; i <= contour.size(); ++i) {
+            const DPOINT& p = contour[i % contour.size()];
+            GEOSCoordSeq_setXY(points, static_cast<unsigned>(i), p.x, p.y);
+        }
+        polygons.push_back(GEOSGeom_createPolygon(GEOSGeom_createLinearRing(points), nullptr, 0));
+    }
+    return {
+        GEOSGeom_createCollection(GEOS_MULTIPOLYGON, polygons.data(), static_cast<unsigned>(polygons.size())),
+        GEOSGeom_destroy};
+}
+
+Geometry Mended(const Geometry& set) {
+    if (GEOSisValid(set.get()) == 1) return {GEOSGeom_clone(set.get()), GEOSGeom_destroy};
+    return {GEOSMakeValid(set.get()), GEOSGeom_destroy};
+}
+
+void GeosUnion(benchmark::State& state, const Operands& operands) {
+    initGEOS(nullptr, nullptr);
+    const Geometry subject = GeosSet(operands.subject);
+    const Geometry clip = GeosSet(operands.clip);
+    for (auto _ : state) {
+        const Geometry a = Mended(subject);
+        const Geometry b = Mended(clip);
+        const Geometry united{GEOSUnion(a.get(), b.get()), GEOSGeom_destroy};
+        Require(united != nullptr, "GEOS found no union");
+        state.counters["contours"] = GEOSGetNumGeometries(united.get());
+    }
+    finishGEOS();
+}
 #endif
 
-BENCHMARK(RoughDiscUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(LoopUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(CrossingPolygonUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(GridUnion)->Arg(10000)->Unit(benchmark::kMillisecond);
-BENCHMARK(SeparateRingUnion)->Arg(1000)->Unit(benchmark::kMillisecond);
-BENCHMARK(NestedRingUnion)->Arg(1000)->Unit(benchmark::kMillisecond);
+void RoughDisc(benchmark::State& state) { Union(state, RoughDiscs(Size(state))); }
+void Loop(benchmark::State& state) { Union(state, Loops(Size(state))); }
+void CrossingPolygon(benchmark::State& state) { Union(state, CrossingPolygons(Size(state))); }
+void DenseRandom(benchmark::State& state) { Union(state, Dense(Size(state))); }
+void Grid(benchmark::State& state) { Union(state, Grids(Size(state) / 4)); }
+void SeparateRing(benchmark::State& state) { Union(state, Rings(Size(state), false)); }
+void NestedRing(benchmark::State& state) { Union(state, Rings(Size(state), true)); }
+
+void Decades(benchmark::internal::Benchmark* bench) {
+    bench->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+}
+/// What crosses as often as it can, where ten times the edges are a hundred times the crossings.
+void DenseSizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(RoughDisc)->Apply(Decades);
+BENCHMARK(Loop)->Apply(Decades);
+BENCHMARK(CrossingPolygon)->Apply(Decades);
+BENCHMARK(Grid)->Apply(Decades);
+BENCHMARK(DenseRandom)->Apply(DenseSizes)->Arg(10000)->Iterations(1);
+BENCHMARK(SeparateRing)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(NestedRing)->Arg(1000)->Unit(benchmark::kMillisecond);
+
 #if defined(TARVEX_BENCH_POLYCLIPPING)
-BENCHMARK(PeerRoughDiscUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PeerLoopUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PeerCrossingPolygonUnion)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PeerGridUnion)->Arg(10000)->Unit(benchmark::kMillisecond);
+void PeerRoughDisc(benchmark::State& state) { PeersUnion(state, RoughDiscs(Size(state))); }
+void PeerLoop(benchmark::State& state) { PeersUnion(state, Loops(Size(state))); }
+void PeerCrossingPolygon(benchmark::State& state) { PeersUnion(state, CrossingPolygons(Size(state))); }
+void PeerDenseRandom(benchmark::State& state) { PeersUnion(state, Dense(Size(state))); }
+void PeerGrid(benchmark::State& state) { PeersUnion(state, Grids(Size(state) / 4)); }
+BENCHMARK(PeerRoughDisc)->Apply(Decades);
+BENCHMARK(PeerLoop)->Apply(Decades);
+BENCHMARK(PeerCrossingPolygon)->Apply(Decades);
+BENCHMARK(PeerGrid)->Apply(Decades);
+BENCHMARK(PeerDenseRandom)->Apply(DenseSizes);
+#endif
+
+#if defined(TARVEX_BENCH_GEOS)
+void GeosPeerRoughDisc(benchmark::State& state) { GeosUnion(state, RoughDiscs(Size(state))); }
+void GeosPeerLoop(benchmark::State& state) { GeosUnion(state, Loops(Size(state))); }
+void GeosPeerCrossingPolygon(benchmark::State& state) { GeosUnion(state, CrossingPolygons(Size(state))); }
+void GeosPeerDenseRandom(benchmark::State& state) { GeosUnion(state, Dense(Size(state))); }
+void GeosPeerGrid(benchmark::State& state) { GeosUnion(state, Grids(Size(state) / 4)); }
+BENCHMARK(GeosPeerRoughDisc)->Apply(Decades);
+BENCHMARK(GeosPeerLoop)->Apply(Decades);
+BENCHMARK(GeosPeerCrossingPolygon)->Apply(Decades);
+BENCHMARK(GeosPeerGrid)->Apply(Decades);
+BENCHMARK(GeosPeerDenseRandom)->Apply(DenseSizes);
 #endif
 
 }  // namespace
-}  // namespace tarvex
+}  // namespace tarvex::bench

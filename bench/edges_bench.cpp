@@ -65,9 +65,9 @@ void CannyFindingThresholds(benchmark::State& state) { Detect(state, {EdgeMethod
 void ShenCastan(benchmark::State& state) { Detect(state, {EdgeMethod::ShenCastan, kSigma, {}}); }
 void ShenCastanWide(benchmark::State& state) { Detect(state, {EdgeMethod::ShenCastan, 10 * kSigma, {}}); }
 
-BENCHMARK(Canny)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
-BENCHMARK(CannyFindingThresholds)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
-BENCHMARK(ShenCastan)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
+BENCHMARK(Canny)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
+BENCHMARK(CannyFindingThresholds)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ShenCastan)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ShenCastanWide)->Arg(4000)->Unit(benchmark::kMillisecond);
 
 #ifdef TARVEX_BENCH_OPENCV
@@ -86,7 +86,7 @@ void PeerOpenCvCanny(benchmark::State& state) {
     }
     state.counters["edge_pixels"] = cv::countNonZero(edges);
 }
-BENCHMARK(PeerOpenCvCanny)->Arg(1000)->Arg(4000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PeerOpenCvCanny)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
 #endif
 
 }  // namespace

@@ -5,54 +5,18 @@
 // Pictures of several kinds, N by N pixels; a peer's benchmark has Peer in its name and runs with the
 // peer's default settings. Counters: contours (and nodes for ours), and peak memory in megabytes,
 // which is the process's so far: run one benchmark per process for a figure of its own.
-#include <benchmark/benchmark.h>
-#include <sys/resource.h>
-
-#include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <numbers>
-#include <random>
-#include <vector>
 
+#include "support.h"
+#include "tarvex/contours.h"
 #include "tarvex/tracing.h"
 
 #ifdef TARVEX_BENCH_POTRACE
 #include <potracelib.h>
 #endif
 
+namespace tarvex::bench {
 namespace {
-
-using namespace tarvex;
-
-/// Square one-bit pictures, white on black, in a bitmap.
-class Picture {
-  public:
-    explicit Picture(int size) : m_handle(CImgProc::CreateBitmapBW(size, size)) {
-        GetObject(m_handle, static_cast<int>(sizeof m_bitmap), &m_bitmap);
-    }
-    Picture(const Picture&) = delete;
-    Picture& operator=(const Picture&) = delete;
-    ~Picture() { DeleteObject(m_handle); }
-
-    HBITMAP Handle() const { return m_handle; }
-    int Size() const { return m_bitmap.bmWidth; }
-    void Set(int x, int y) { CImgProc::SetPixel(m_bitmap, x, y, true); }
-    bool Get(int x, int y) const { return CImgProc::GetPixel(m_bitmap, x, y); }
-
-    template <class Inside>
-    void Fill(Inside inside) {
-        for (int y = 0; y < Size(); ++y) {
-            for (int x = 0; x < Size(); ++x) {
-                if (inside(x, y)) Set(x, y);
-            }
-        }
-    }
-
-  private:
-    HBITMAP m_handle;
-    BITMAP m_bitmap{};
-};
 
 /// One round spot per 2,000 pixels.
 void Blobs(Picture& picture) {
@@ -75,6 +39,47 @@ void Blobs(Picture& picture) {
 void Noise(Picture& picture) {
     std::mt19937 random(2);
     picture.Fill([&random](int, int) { return random() % 2 == 0; });
+}
+
+/// Lines of upright and slanted strokes with bowls, of a page's letters in size and number.
+void Text(Picture& picture) {
+    std::mt19937 random(3);
+    const int n = picture.Size();
+    constexpr int kLetter = 24, kLine = 48;
+    for (int top = kLine; top + kLine < n; top += kLine) {
+        for (int left = kLetter; left + kLetter < n; left += kLetter) {
+            if (random() % 6 == 0) continue;  // between words
+            const unsigned strokes = static_cast<unsigned>(random());
+            for (int i = 0; i <= 24; ++i) {
+                const double t = i;
+                if ((strokes & 1U) != 0) picture.Disc(left + 3, top + t, 2.2);
+                if ((strokes & 2U) != 0) picture.Disc(left + 15, top + t, 2.2);
+                if ((strokes & 4U) != 0) picture.Disc(left + 3 + t / 2, top + t, 1.7);
+                const double turn = 2 * std::numbers::pi * t / 24;
+                if ((strokes & 24U) != 0)
+                    picture.Disc(left + 9 + 6 * std::cos(turn), top + 17 + 7 * std::sin(turn), 1.7);
+                else
+                    picture.Disc(left + 3 + t / 2, top + ((strokes & 32U) != 0 ? 0 : 24), 1.7);
+            }
+        }
+    }
+}
+
+/// Long thin curves across the picture, as a pen draws them.
+void LineArt(Picture& picture) {
+    std::mt19937 random(4);
+    const double n = picture.Size();
+    for (int line = 0; line < picture.Size() / 25; ++line) {
+        double x = Uniform(random) * n, y = Uniform(random) * n,
+               turn = 2 * std::numbers::pi * Uniform(random);
+        const double bend = 0.02 * (Uniform(random) - 0.5);
+        for (double s = 0; s < n / 2; s += 1) {
+            x += std::cos(turn);
+            y += std::sin(turn);
+            turn += bend * std::sin(s / 70);
+            picture.Disc(x, y, 1.5 + std::sin(s / 40));
+        }
+    }
 }
 
 /// Teeth as long as the picture, on one spine.
@@ -100,12 +105,6 @@ void Spiral(Picture& picture) {
 /// Single pixels that touch at their corners.
 void Checkerboard(Picture& picture) {
     picture.Fill([](int x, int y) { return (x + y) % 2 == 0; });
-}
-
-double PeakMegabytes() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
 using Draw = void (*)(Picture&);
@@ -138,6 +137,29 @@ void WalkOnly(benchmark::State& state, Draw draw) {
         CPolyPolyBezier out;
         tracer.DoTrace(out, INT32_MAX);
     }
+}
+
+/// What `tarvex trace` does with a picture once that is read: every outline, placed by the greys.
+void Outlines(benchmark::State& state, Draw draw) {
+    std::vector<std::uint8_t> levels;
+    const int n = Size(state);
+    {
+        Picture picture(n);
+        draw(picture);
+        for (int y = 0; y < n; ++y) {
+            for (int x = 0; x < n; ++x) levels.push_back(picture.Get(x, y) ? 0 : 255);
+        }
+    }
+    const GreyView view{levels.data(), n, n, n};
+    CPolyPolyBezier out;
+    for ([[maybe_unused]] auto _ : state) {
+        if (!TraceOutlines(view, {}, out)) state.SkipWithError("nothing traced");
+    }
+    double nodes = 0;
+    for (int i = 0; i < out.GetCount(); ++i) nodes += out[i].GetSize();
+    state.counters["contours"] = out.GetCount();
+    state.counters["nodes"] = nodes;
+    state.counters["peakMB"] = PeakMegabytes();
 }
 
 #ifdef TARVEX_BENCH_POTRACE
@@ -175,12 +197,15 @@ void PeerPotrace(benchmark::State& state, Draw draw) {
 #define TARVEX_TRACE_PEER(kind, ...)
 #endif
 
-#define TARVEX_TRACE(kind, ...)                                                      \
-    BENCHMARK_CAPTURE(Trace, kind, kind)->Unit(benchmark::kMillisecond) __VA_ARGS__; \
+#define TARVEX_TRACE(kind, ...)                                                         \
+    BENCHMARK_CAPTURE(Trace, kind, kind)->Unit(benchmark::kMillisecond) __VA_ARGS__;    \
+    BENCHMARK_CAPTURE(Outlines, kind, kind)->Unit(benchmark::kMillisecond) __VA_ARGS__; \
     TARVEX_TRACE_PEER(kind, __VA_ARGS__)
 
 TARVEX_TRACE(Blobs, ->Arg(1000)->Arg(4000)->Arg(8000));
-TARVEX_TRACE(Noise, ->Arg(1000)->Arg(2000));
+TARVEX_TRACE(Text, ->Arg(1000)->Arg(4000)->Arg(8000));
+TARVEX_TRACE(LineArt, ->Arg(1000)->Arg(4000)->Arg(8000));
+TARVEX_TRACE(Noise, ->Arg(1000)->Arg(4000)->Arg(8000));
 TARVEX_TRACE(Comb, ->Arg(1000)->Arg(2000));
 TARVEX_TRACE(Rings, ->Arg(1000)->Arg(2000)->Arg(4000));
 TARVEX_TRACE(Spiral, ->Arg(1000)->Arg(2000)->Arg(4000));
@@ -192,3 +217,4 @@ BENCHMARK_CAPTURE(WalkOnly, Spiral, Spiral)->Unit(benchmark::kMillisecond)->Arg(
 BENCHMARK_CAPTURE(WalkOnly, Checkerboard, Checkerboard)->Unit(benchmark::kMillisecond)->Arg(1000)->Arg(2000);
 
 }  // namespace
+}  // namespace tarvex::bench

@@ -1,0 +1,101 @@
+// The region of similar colour around a pixel, filled, smoothed and traced, beside OpenCV's flood fill and a
+// box filter of the same 5 x 5 window.
+//
+// N by N pixels: a light sheet with dark discs in it, a little noise on both. Fill floods the sheet around
+// the discs, by the 3 x 3 means that a tolerance asks for; ours traces its outlines too, which the peer does
+// not. Flat is the same without noise and tolerance, where pixels are compared as they are.
+#include "support.h"
+#include "tarvex/autotrace.h"
+
+#if defined(TARVEX_BENCH_OPENCV)
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#endif
+
+namespace tarvex::bench {
+namespace {
+
+constexpr int kNoise = 4;
+constexpr int kTolerance = 400;  // squared: 20 levels of one channel
+
+struct Pixels {
+    int size;
+    std::vector<RGBQUAD> quads;
+};
+
+Pixels Sheet(int size, int noise) {
+    Pixels picture{size, {}};
+    std::mt19937 random(1);
+    constexpr int cell = 100;
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+            const double r = std::hypot(x % cell - cell / 2, y % cell - cell / 2);
+            const int level = r < 15 + (x / cell * 7 + y / cell * 5) % 30 ? 60 : 200;
+            const int off =
+                noise == 0 ? 0 : static_cast<int>(random() % static_cast<unsigned>(2 * noise + 1)) - noise;
+            const auto value = static_cast<BYTE>(level + off);
+            picture.quads.push_back({value, value, value, 0});
+        }
+    }
+    return picture;
+}
+
+void Region(benchmark::State& state, int noise, int tolerance) {
+    const Pixels picture = Sheet(Size(state), noise);
+    const HBITMAP bitmap = CImgProc::CreateBitmap32(picture.size, picture.size);
+    BITMAP description{};
+    GetObject(bitmap, static_cast<int>(sizeof description), &description);
+    std::copy(picture.quads.begin(), picture.quads.end(), static_cast<RGBQUAD*>(description.bmBits));
+    int lines = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        CAutoTrace tracer(bitmap, 96);
+        tracer.DoTrace(0, 0, nullptr, tolerance, false, false, false);
+        lines = tracer.TracedLines().GetCount();
+    }
+    state.counters["outlines"] = lines;
+    DeleteObject(bitmap);
+}
+void Fill(benchmark::State& state) { Region(state, kNoise, kTolerance); }
+void Flat(benchmark::State& state) { Region(state, 0, 0); }
+
+void Sizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(Fill)->Apply(Sizes);
+BENCHMARK(Flat)->Apply(Sizes);
+
+#if defined(TARVEX_BENCH_OPENCV)
+void PeerRegion(benchmark::State& state, int noise, int tolerance) {
+    cv::setNumThreads(1);
+    const Pixels picture = Sheet(Size(state), noise);
+    cv::Mat colors(picture.size, picture.size, CV_8UC3);
+    for (int y = 0; y < picture.size; ++y) {
+        for (int x = 0; x < picture.size; ++x) {
+            const RGBQUAD& p =
+                picture.quads[static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.size) +
+                              static_cast<std::size_t>(x)];
+            colors.at<cv::Vec3b>(y, x) = {p.rgbBlue, p.rgbGreen, p.rgbRed};
+        }
+    }
+    const cv::Scalar range = cv::Scalar::all(std::sqrt(tolerance / 3.0));
+    cv::Mat shown;
+    for ([[maybe_unused]] auto _ : state) {
+        cv::Mat means = colors;
+        if (tolerance != 0) cv::blur(colors, means, {3, 3});
+        cv::Mat mask = cv::Mat::zeros(picture.size + 2, picture.size + 2, CV_8U);
+        cv::floodFill(means, mask, {0, 0}, {}, nullptr, range, range,
+                      4 | cv::FLOODFILL_MASK_ONLY | cv::FLOODFILL_FIXED_RANGE | (1 << 8));
+        cv::Mat sums;
+        cv::boxFilter(mask, sums, -1, {5, 5}, {-1, -1}, false);
+        cv::threshold(sums, shown, 12, 1, cv::THRESH_BINARY);
+    }
+    state.counters["pixels"] = cv::countNonZero(shown);
+}
+void PeerFill(benchmark::State& state) { PeerRegion(state, kNoise, kTolerance); }
+void PeerFlat(benchmark::State& state) { PeerRegion(state, 0, 0); }
+BENCHMARK(PeerFill)->Apply(Sizes);
+BENCHMARK(PeerFlat)->Apply(Sizes);
+#endif
+
+}  // namespace
+}  // namespace tarvex::bench

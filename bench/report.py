@@ -1,0 +1,271 @@
+"""Runs the benchmarks beside their peers and writes docs/benchmarks.md (see scripts/bench.sh)."""
+import argparse
+import dataclasses
+import json
+import math
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+
+from benchmark_rows import ROWS
+
+LONGEST = 90  # seconds for one benchmark, its preparation included
+PEERS = ["libpotrace-dev", "lib2geom-dev", "libpolyclipping-dev", "libgeos-dev", "libopencv-imgproc-dev",
+         "libimagequant-dev", "libboost-dev", "libfreetype-dev", "libbenchmark-dev"]
+UNITS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+
+
+@dataclasses.dataclass
+class Figure:
+    """What one benchmark took."""
+    seconds: float
+    megabytes: float | None = None
+
+
+class Runner:
+    """Runs each benchmark in a process of its own, so that its peak of memory is its own too."""
+
+    def __init__(self, programs, keep, deadline, may_run):
+        self.programs, self.keep, self.deadline, self.may_run = programs, keep, deadline, may_run
+        self.figures = {}
+        self.reasons = {}
+
+    def run(self, program, name):
+        if (program, name) in self.figures:
+            return
+        file = os.path.join(self.keep, re.sub(r"\W+", "_", f"{program}-{name}") + ".json")
+        if not os.path.exists(file) and not self.measure(program, name, file):
+            return
+        with open(file, encoding="utf-8") as opened:
+            runs = [run for run in json.load(opened)["benchmarks"] if not run.get("error_occurred")]
+        if not runs:
+            self.reasons[program, name] = "failed"
+            return
+        best = min(runs, key=lambda run: run["cpu_time"] * UNITS[run["time_unit"]])
+        self.figures[program, name] = Figure(best["cpu_time"] * UNITS[best["time_unit"]], best.get("peakMB"))
+
+    def measure(self, program, name, file):
+        executable = os.path.join(self.programs, program)
+        left = self.deadline - time.monotonic()
+        if not self.may_run or not os.path.exists(executable):
+            return False
+        if left < 0:
+            self.reasons[program, name] = "no time left"
+            return False
+        print(f"{program} {name}", file=sys.stderr, flush=True)
+        part = file + ".part"
+        command = [executable, f"--benchmark_filter=^{re.escape(name)}$", "--benchmark_min_time=0.1",
+                   "--benchmark_repetitions=2", f"--benchmark_out={part}", "--benchmark_out_format=json"]
+        try:
+            done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                                  timeout=LONGEST, check=False)
+        except subprocess.TimeoutExpired:
+            self.reasons[program, name] = f"over {LONGEST} s"
+            return False
+        if done.returncode != 0 or not os.path.exists(part) or os.path.getsize(part) == 0:
+            self.reasons[program, name] = "failed"
+            wrong = [line for line in done.stderr.splitlines() if "wrong answer" in line]
+            print("\n".join(wrong or ["  nothing measured"]), file=sys.stderr)
+            return False
+        os.replace(part, file)
+        return True
+
+    def figure(self, program, name):
+        return self.figures.get((program, name)) if name else None
+
+    def shown(self, program, name, value=lambda figure: span(figure.seconds)):
+        figure = self.figure(program, name)
+        return value(figure) if figure else self.reasons.get((program, name), "–")
+
+
+def span(seconds):
+    for unit, size in (("s", 1.0), ("ms", 1e-3), ("µs", 1e-6), ("ns", 1e-9)):
+        if seconds >= size:
+            break
+    value = seconds / size
+    return f"{value:.0f} {unit}" if value >= 100 else f"{value:.3g} {unit}"
+
+
+def number(value):
+    return f"{value:,}".replace(",", " ")
+
+
+def fitted(points):
+    """The exponent of time = c · n^e, by least squares of the logarithms."""
+    if len(points) < 3:
+        return None
+    xs, ys = [math.log(n) for n, _ in points], [math.log(t) for _, t in points]
+    mx, my = sum(xs) / len(xs), sum(ys) / len(ys)
+    return sum((x - mx) * (y - my) for x, y in zip(xs, ys)) / sum((x - mx) ** 2 for x in xs)
+
+
+def verdict(holds):
+    return "yes" if holds else "**no**"
+
+
+def mark_text(mark):
+    if mark >= 1:
+        return f"{mark:g} x" if mark > 1 else "1 x"
+    return f"1/{1 / mark:.0f}"
+
+
+def comparison(runner, row, size):
+    """A line's cells: our time, the peer's, the ratio, the mark and whether it holds."""
+    ours = runner.figure(row.program, row.ours_at(size))
+    peer = runner.figure(row.program, row.peer_at(size))
+    cells = [runner.shown(row.program, row.ours_at(size)),
+             runner.shown(row.program, row.peer_at(size)) if row.peer else "none"]
+    ratio = ours.seconds / peer.seconds if ours and peer else None
+    cells.append(f"{ratio:.2f}" if ratio else "")
+    limit, mark = row.limit_at(size), row.mark_at(size)
+    if limit:
+        return cells + [f"{span(limit)}", verdict(ours.seconds <= limit) if ours else ""]
+    if mark:
+        return cells + [mark_text(mark), verdict(ratio <= mark) if ratio else ""]
+    return cells + ["", ""]
+
+
+def table(head, lines):
+    text = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
+    return "\n".join(text + ["| " + " | ".join(line) + " |" for line in lines]) + "\n"
+
+
+def summary(runner, rows):
+    lines = []
+    for row in rows:
+        size = row.summary_size or row.sizes[-1]
+        lines.append([row.question, row.size_text(size), *comparison(runner, row, size), row.bound])
+    return table(["Question", "Size", "Tarvex", "Peer", "Ratio", "Mark", "Met", "What bounds it"], lines)
+
+
+def details(runner, rows):
+    lines = []
+    for row in rows:
+        if len(row.sizes) > 1:
+            lines += [[row.question, row.size_text(size), *comparison(runner, row, size)] for size in row.sizes]
+    return table(["Question", "Size", "Tarvex", "Peer", "Ratio", "Mark", "Met"], lines)
+
+
+def memory(runner, rows):
+    lines = []
+    for row in (row for row in rows if row.memory):
+        for size in row.sizes:
+            names = row.ours_at(size), row.peer_at(size)
+            ours, peer = (runner.figure(row.program, name) for name in names)
+            if not (ours and peer):
+                continue
+            lines.append([row.question, row.size_text(size), f"{ours.megabytes:.0f}", f"{peer.megabytes:.0f}",
+                          f"{ours.megabytes / peer.megabytes:.2f}", verdict(ours.megabytes <= peer.megabytes)])
+    return table(["Question", "Size", "Tarvex, MB", "Peer, MB", "Ratio", "Met"], lines)
+
+
+def growth(runner, rows):
+    lines = []
+    for row in rows:
+        if len(row.sizes) < 3:
+            continue
+
+        def exponent(name_at):
+            points = [(row.amount(size), runner.figure(row.program, name_at(size))) for size in row.sizes]
+            value = fitted([(n, figure.seconds) for n, figure in points if figure])
+            return f"{value:.2f}" if value is not None else ""
+
+        lines.append([row.question, ", ".join(row.size_text(size) for size in row.sizes), exponent(row.ours_at),
+                      exponent(row.peer_at) if row.peer else "", row.growth])
+    return table(["Question", "Sizes", "Exponent", "Peer's", "Why"], lines)
+
+
+def first_line(command):
+    try:
+        return subprocess.run(command, capture_output=True, text=True, check=False).stdout.splitlines()[0]
+    except (OSError, IndexError):
+        return "unknown"
+
+
+def machine(programs):
+    with open("/proc/cpuinfo", encoding="utf-8") as opened:
+        model = next((line.split(":", 1)[1].strip() for line in opened if line.startswith("model name")), "unknown")
+    with open("/proc/meminfo", encoding="utf-8") as opened:
+        gigabytes = int(opened.readline().split()[1]) / 2**20
+    cache = os.path.join(programs, "..", "CMakeCache.txt")
+    with open(cache, encoding="utf-8") as opened:
+        compiler = next(line.split("=", 1)[1].strip() for line in opened if line.startswith("CMAKE_CXX_COMPILER:"))
+    versions = subprocess.run(["dpkg-query", "-W", "-f=${Package} ${Version}\n", *PEERS], capture_output=True,
+                              text=True, check=False).stdout.split("\n")
+    peers = ", ".join(line.replace("-dev ", " ") for line in versions if line)
+    return (f"- processor: {model}, {os.cpu_count()} cores of a virtual machine; {gigabytes:.0f} GB of memory\n"
+            f"- compiler: {first_line([compiler, '--version'])}, `-O3`, no flags for this processor\n"
+            f"- peers: {peers}\n")
+
+
+def document(runner, rows, programs):
+    return f"""# Benchmarks
+
+Written by `scripts/bench.sh`; do not edit. What was found and mended is told in
+[performance.md](performance.md).
+
+{machine(programs)}
+Times are processor time, the better of two runs, each benchmark in a process of its own, in one run with its
+peer. Ratio is our time by the peer's; the mark is what it should at most be (or the longest time, where
+seconds stand there). A row that misses its mark stays, with the reason.
+
+{summary(runner, rows)}
+## All sizes
+
+{details(runner, rows)}
+## Peak memory
+
+Of the whole process, the picture included.
+
+{memory(runner, rows)}
+## How cost grows
+
+The exponent e of time = c · n^e, fitted to the sizes; n counts what the size counts (of square pictures, the
+pixels). 1 is linear; n log n shows as 1.1 or so, and what leaves the caches on the way adds to it.
+
+{growth(runner, rows)}"""
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="scripts/bench.sh", description="Measures every row beside its peer.")
+    parser.add_argument("root", help=argparse.SUPPRESS)
+    parser.add_argument("rows", nargs="*", metavar="WORD", help="only rows whose names contain a word")
+    parser.add_argument("--list", action="store_true", help="show the rows' names")
+    parser.add_argument("--seconds", type=float, default=1140, help="stop measuring after so long (1140)")
+    parser.add_argument("--keep", metavar="DIR", help="keep the measured files, and read those already there")
+    arguments = parser.parse_args()
+    wanted = [row for row in ROWS
+              if not arguments.rows or any(word.lower() in row.question.lower() for word in arguments.rows)]
+    if arguments.list or not wanted:
+        print("\n".join(row.question for row in ROWS))
+        return 0 if arguments.list else 2
+    programs = os.path.join(arguments.root, "build", "bench", "bench")
+    with tempfile.TemporaryDirectory() as temporary:
+        keep = arguments.keep or temporary
+        os.makedirs(keep, exist_ok=True)
+        runner = Runner(programs, keep, time.monotonic() + arguments.seconds, True)
+        for row in wanted:
+            for size in row.sizes:
+                for name in (row.ours_at(size), row.peer_at(size)):
+                    if name:
+                        runner.run(row.program, name)
+        runner.may_run = False
+        for row in (row for row in ROWS if arguments.keep and row not in wanted):
+            for size in row.sizes:
+                for name in (row.ours_at(size), row.peer_at(size)):
+                    if name:
+                        runner.run(row.program, name)
+        if arguments.rows and not arguments.keep:
+            print(details(runner, wanted))
+            return 0
+        text = document(runner, ROWS, programs)
+    with open(os.path.join(arguments.root, "docs", "benchmarks.md"), "w", encoding="utf-8") as out:
+        out.write(text)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
