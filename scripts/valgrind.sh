@@ -21,7 +21,7 @@ check() {
     local name=$1 status=0 start=$SECONDS
     shift
     valgrind --quiet --error-exitcode=99 --leak-check=full --show-leak-kinds=definite \
-        --errors-for-leak-kinds=definite --track-origins=yes --log-file="$name.log" \
+        --errors-for-leak-kinds=definite --track-origins=yes --suppressions="$root/scripts/valgrind.supp" --log-file="$name.log" \
         "$program" "$@" >"$name.out" 2>&1 </dev/null || status=$?
     if [ "$status" -gt 1 ]; then
         printf '%-12s exit status %s after %d s\n' "$name" "$status" $((SECONDS - start))
