@@ -50,14 +50,18 @@ TEST(GlyphOutlines, LettersHaveTheFontsOwnContours) {
         int contours;
         bool isStraight;
     };
-    // Among them composite glyphs, a character beyond U+FFFF, and the box for missing characters.
-    for (const Case& c : {Case{'I', 1, true},
-                          {'i', 2, true},
-                          {'O', 2, false},
-                          {'B', 3, false},
-                          {0xC4, 4, true},
-                          {0xFC, 3, false},
-                          {0x1D539, 6, false}}) {
+    // Among them composite glyphs and a character beyond U+FFFF, which Windows' engine does not take.
+    for (const Case& c : {
+             Case{'I', 1, true},
+             {'i', 2, true},
+             {'O', 2, false},
+             {'B', 3, false},
+             {0xC4, 4, true},
+             {0xFC, 3, false},
+#ifndef _WIN32
+             {0x1D539, 6, false},
+#endif
+         }) {
         CPolyPolyBezier out;
         DPOINT pen;
         EXPECT_EQ(GetTTOutlinePoints(font, c.c, out, pen, 0), c.contours) << c.c;
@@ -104,6 +108,7 @@ TEST(GlyphOutlines, AllThatIsInTheContainerIsPlaced) {
     EXPECT_FALSE(out[0][0].pt == first);
 }
 
+#ifndef _WIN32  // whose engine makes fonts of any size
 TEST(GlyphOutlines, WithoutAFontNothingHappens) {
     for (const int height : {-16385, 40000, std::numeric_limits<int>::min()}) {
         LOGFONTW font = Font(L"DejaVu Sans", height);
@@ -114,6 +119,7 @@ TEST(GlyphOutlines, WithoutAFontNothingHappens) {
         EXPECT_EQ(pen, (DPOINT{1, 2}));
     }
 }
+#endif
 
 }  // namespace
 }  // namespace tarvex::test
