@@ -82,7 +82,7 @@ class TARVEX_API CEdgeDetect {
     /// handle is not such a bitmap's or there is no memory.
     ///
     /// Time is proportional to the pixels, for Canny times sigma. Memory is about
-    /// 2 bytes for every pixel with Canny and 11 with Shen-Castan, beyond the
+    /// 3 bytes for every pixel with Canny and 12 with Shen-Castan, beyond the
     /// result's bit.
     bool Detect(HBITMAP bitmap, const EdgeOptions& options = {});
     /// The same for a picture of grey levels. False too for one without pixels.
@@ -98,6 +98,9 @@ class TARVEX_API CEdgeDetect {
     /// Empties `out` and fills it with the edges' curves, one contour for each
     /// branch between ends and junctions, by thinning the bitmap and fitting its
     /// lines (see CSkeleton::Output, whose promises and coordinates these are).
+    /// Curves run between pixels: where the picture, smoothed by a Gaussian of
+    /// the sigma given (1 to 3 pixels), is steepest. Without noise that is
+    /// within a fifth of a pixel of a border that bends gently.
     /// False, with `out` empty, when there is no bitmap or no memory.
     bool Output(CPolyPolyBezier& out) const;
 

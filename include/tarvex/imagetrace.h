@@ -46,7 +46,8 @@ struct CentreLineOptions {
 ///     CPolyPolyWidth widths;
 ///     tracer.DoTrace({}, strokes, widths);
 ///
-/// The lines are thinned as CSkeleton does it. What a junction bends is mended: strokes that go straight on
+/// The lines are thinned as CSkeleton does it, and then placed by the greys at their edges. What a junction bends
+/// is mended: strokes that go straight on
 /// through it become one, two that cross at a slant cross in one place, a third arm runs on to the stroke
 /// that passes. Straight lines are straight segments, corners are corners.
 ///
@@ -68,7 +69,7 @@ class TARVEX_API CImageTrace {
     /// have their centres, so drawn with round ends it is as long as it was. A dot is a contour of two equal
     /// nodes.
     ///
-    /// Widths are those of the drawing to about half a pixel. In junctions they are carried on from beside
+    /// Widths are those of the drawing to about half a pixel, and closer where greys show it. In junctions they are carried on from beside
     /// them.
     ///
     /// False, with both lists empty, when there is no picture or `progress` asked to stop. Time is

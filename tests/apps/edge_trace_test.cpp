@@ -31,8 +31,8 @@ TEST(EdgeTrace, EdgesAreStrokesInThePicturesOwnCoordinates) {
         EXPECT_EQ(info.at("closed"), 1) << detector;
         const std::vector<double> frame = info.at("frame");
         const double wanted[] = {20, 10, 80, 70};
-        for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(frame[i], wanted[i], 0.8) << detector;
-        EXPECT_NEAR(info.at("length").get<double>(), 2 * 3.14159 * 30, 6) << detector;
+        for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(frame[i], wanted[i], 0.3) << detector;
+        EXPECT_NEAR(info.at("length").get<double>(), 2 * 3.14159 * 30, 2) << detector;
     }
 }
 

@@ -4,17 +4,24 @@
 #include <new>
 #include <utility>
 
+#include "core/append.h"
 #include "platform/handles.h"
+#include "raster/centerline/stroke_fitter.h"
+#include "raster/centerline/strokes.h"
+#include "raster/contour_appender.h"
 #include "raster/dib.h"
 #include "raster/edges/edge_map.h"
+#include "raster/edges/edge_place.h"
+#include "raster/skeleton/line_graph.h"
+#include "raster/skeleton/thinning.h"
 #include "tarvex/raster.h"
-#include "tarvex/skeleton.h"
 
 namespace tarvex {
 namespace {
 
 constexpr float kMiddleLevel = 127.5F;
 constexpr double kMostStep = 511;
+constexpr double kCurveTolerance = 0.1;  // pixels
 
 class GreyRows : public LevelRows {
   public:
@@ -69,6 +76,37 @@ EdgeThresholds Cleaned(const EdgeThresholds& thresholds) {
 struct CEdgeDetect::Result {
     UniqueBitmap bitmap;
     EdgeThresholds thresholds;
+    double sigma = 0;
+    std::vector<std::uint8_t> levels;  // the picture, for placing curves in it
+
+    /// Copies the picture in whole levels.
+    void KeepLevels(const LevelRows& picture) {
+        const auto width = static_cast<std::size_t>(picture.Width());
+        std::vector<float> row(width);
+        levels.resize(width * static_cast<std::size_t>(picture.Height()));
+        auto to = levels.begin();
+        for (int y = 0; y < picture.Height(); ++y) {
+            picture.Read(y, row.data());
+            for (const float level : row) *to++ = static_cast<std::uint8_t>(level + kMiddleLevel + 0.5F);
+        }
+    }
+
+    GreyView Picture(const skeleton::BitPlane& plane) const {
+        return {levels.data(), plane.Width(), plane.Height(), plane.Width()};
+    }
+
+    /// The bitmap's pixels.
+    skeleton::BitPlane Edges() const {
+        BITMAP description{};
+        GetObject(bitmap.Get(), sizeof description, &description);
+        skeleton::BitPlane edges(description.bmWidth, description.bmHeight);
+        for (int y = 0; y < description.bmHeight; ++y) {
+            for (int x = 0; x < description.bmWidth; ++x) {
+                if (CImgProc::GetPixel(description, x, y)) edges.Set(edges.At(x, y));
+            }
+        }
+        return edges;
+    }
 
     static std::unique_ptr<Result> Of(const LevelRows& picture, const EdgeOptions& options) {
         auto result = std::make_unique<Result>();
@@ -76,6 +114,8 @@ struct CEdgeDetect::Result {
         BITMAP description{};
         if (GetObject(result->bitmap.Get(), sizeof description, &description) == 0) return nullptr;
         const double sigma = options.sigma >= LEAST_SIGMA ? std::min(options.sigma, MOST_SIGMA) : LEAST_SIGMA;
+        result->sigma = sigma;
+        result->KeepLevels(picture);
         MagnitudeHistogram histogram;
         MagnitudeHistogram* const counted = options.thresholds ? nullptr : &histogram;
         const auto find = options.method == EdgeMethod::ShenCastan ? FindShenCastanEdges : FindCannyEdges;
@@ -129,8 +169,28 @@ bool CEdgeDetect::Output(CPolyPolyBezier& out) const {
     out.RemoveAll();
     if (m_result == nullptr) return false;
     try {
-        CSkeleton lines;
-        return lines.InputMono(Bitmap()) && lines.Output(out);
+        const skeleton::BitPlane edges = m_result->Edges();
+        skeleton::BitPlane lines = edges;
+        skeleton::DistanceMap distances(edges);
+        skeleton::Thin(lines, distances);
+        skeleton::LineGraph graph = skeleton::FindLines(lines, edges, distances);
+        const EdgePlacer placer(m_result->Picture(edges), m_result->sigma);
+        // Lines that meet have the same point there, which moves to the same place.
+        for (skeleton::Node& node : graph.nodes) node.at = placer.Place(node.at);
+        for (skeleton::Line& line : graph.lines) {
+            for (DPOINT& p : line.points) p = placer.Place(p);
+        }
+        centerline::StrokeRules rules;
+        rules.joinsStraight = false;
+        centerline::StrokeFitter fitter(kCurveTolerance, centerline::StrokeEnds::kept);
+        ContourAppender appender(static_cast<COwningList<CArray<BPOINT, BPOINT>>&>(out));
+        for (const centerline::Stroke& stroke : centerline::FindStrokes(graph, edges, rules)) {
+            const centerline::FittedStroke fitted = fitter.Fit(stroke);
+            auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+            AppendAll(*contour, fitted.nodes);
+            appender.Add(std::move(contour));
+        }
+        return true;
     } catch (const std::bad_alloc&) {
         out.RemoveAll();
         return false;

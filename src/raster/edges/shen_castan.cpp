@@ -21,6 +21,7 @@
 #include <utility>
 
 #include "raster/edges/edge_map.h"
+#include "raster/edges/float_lanes.h"
 
 namespace tarvex {
 namespace {
@@ -117,6 +118,69 @@ float StepDifference(double b) {
     return static_cast<float>(high - low);
 }
 
+/// The means on both sides of a border, over the window around each pixel of a row.
+///
+/// Which side a pixel belongs to is anybody's guess, and every fifth may be asked for where there is noise.
+/// So the window's columns are summed for the whole row, both sides at once and without branches, and a pixel
+/// adds up seven of those.
+class SideSums {
+  public:
+    SideSums(const Plane& smoothed, const Plane& laplacian)
+        : m_smoothed(smoothed),
+          m_laplacian(laplacian),
+          m_bright(static_cast<std::size_t>(smoothed.width)),
+          m_dark(m_bright.size()),
+          m_brightCount(m_bright.size()),
+          m_darkCount(m_bright.size()) {}
+
+    void MoveTo(int y) {
+        for (Row* sums : {&m_bright, &m_dark, &m_brightCount, &m_darkCount})
+            std::fill(sums->begin(), sums->end(), 0.0F);
+        for (int v = std::max(y - kReach, 0); v <= std::min(y + kReach, m_smoothed.height - 1); ++v) {
+            const float* const level = m_smoothed.Row(v);
+            const float* const laplacian = m_laplacian.Row(v);
+            ForLanes(0, m_bright.size(), [&](auto lanes, std::size_t x) {
+                using Lanes = decltype(lanes);
+                const Lanes none(0.0F);
+                const Lanes one(1.0F);
+                const Lanes sign = Lanes::Load(laplacian + x);
+                const Lanes value = Lanes::Load(level + x);
+                Add(m_bright, x, Lanes::Choose(none > sign, value, none));
+                Add(m_dark, x, Lanes::Choose(sign > none, value, none));
+                Add(m_brightCount, x, Lanes::Choose(none > sign, one, none));
+                Add(m_darkCount, x, Lanes::Choose(sign > none, one, none));
+            });
+        }
+    }
+
+    float Difference(int x) const {
+        float bright = 0;
+        float dark = 0;
+        float brightCount = 0;
+        float darkCount = 0;
+        const auto end = static_cast<std::size_t>(std::min(x + kReach + 1, m_smoothed.width));
+        for (auto u = static_cast<std::size_t>(std::max(x - kReach, 0)); u < end; ++u) {
+            bright += m_bright[u];
+            dark += m_dark[u];
+            brightCount += m_brightCount[u];
+            darkCount += m_darkCount[u];
+        }
+        return brightCount > 0 && darkCount > 0 ? bright / brightCount - dark / darkCount : 0.0F;
+    }
+
+  private:
+    using Row = std::vector<float>;
+
+    template <class Lanes>
+    static void Add(Row& sums, std::size_t x, Lanes more) {
+        (Lanes::Load(sums.data() + x) + more).Store(sums.data() + x);
+    }
+
+    const Plane& m_smoothed;
+    const Plane& m_laplacian;
+    Row m_bright, m_dark, m_brightCount, m_darkCount;
+};
+
 class Detector {
   public:
     Detector(const LevelRows& picture, double sigma)
@@ -151,30 +215,66 @@ class Detector {
 
     EdgeMap Edges() const {
         EdgeMap map(m_smoothed.width, m_smoothed.height);
+        FindCrossings(map);
         const float scale = 1 / StepDifference(m_decay);
-        const auto mark = [&](int x, int y) {
-            std::uint16_t& strength = map.Row(y)[x];
-            if (strength == 0 && IsSteep(x, y))
-                strength = ToStrength(std::fabs(SideDifference(x, y)) * scale);
-        };
+        SideSums sums(m_smoothed, m_laplacian);
         for (int y = 0; y < map.height; ++y) {
+            std::uint16_t* const strengths = map.Row(y);
+            sums.MoveTo(y);
             for (int x = 0; x < map.width; ++x) {
-                if (m_laplacian.Row(y)[x] == 0) {
-                    if (IsCrossing(x - 1, y, x + 1, y) || IsCrossing(x, y - 1, x, y + 1)) mark(x, y);
-                    continue;
-                }
-                for (const auto& [u, v] : {std::pair(x + 1, y), std::pair(x, y + 1)}) {
-                    if (!IsCrossing(x, y, u, v)) continue;
-                    const bool isNearer =
-                        std::fabs(m_laplacian.Row(y)[x]) <= std::fabs(m_laplacian.Row(v)[u]);
-                    mark(isNearer ? x : u, isNearer ? y : v);
-                }
+                if (strengths[x] != 0) strengths[x] = ToStrength(std::fabs(sums.Difference(x)) * scale);
             }
         }
         return map;
     }
 
   private:
+    /// Marks the pixels of crossings that are steep.
+    void FindCrossings(EdgeMap& map) const {
+        const auto mark = [&](int x, int y) {
+            std::uint16_t& strength = map.Row(y)[x];
+            if (strength == 0 && IsSteep(x, y)) strength = 1;
+        };
+        const auto width = static_cast<std::size_t>(map.width);
+        std::vector<float> toRight(width);
+        std::vector<float> toBelow(width);
+        for (int y = 0; y < map.height; ++y) {
+            const int below = y + 1 < map.height ? y + 1 : y;  // with itself there is no crossing
+            const float* const laplacian = m_laplacian.Row(y);
+            const float* const level = m_smoothed.Row(y);
+            FlagCrossings(laplacian, laplacian + 1, level, level + 1, width - 1, toRight.data());
+            FlagCrossings(laplacian, m_laplacian.Row(below), level, m_smoothed.Row(below), width,
+                          toBelow.data());
+            for (std::size_t i = 0; i < width; ++i) {
+                const int x = static_cast<int>(i);
+                if (laplacian[i] == 0) {
+                    if (IsCrossing(x - 1, y, x + 1, y) || IsCrossing(x, y - 1, x, y + 1)) mark(x, y);
+                    continue;
+                }
+                if (toRight[i] + toBelow[i] == 0) continue;
+                const float own = std::fabs(laplacian[i]);
+                if (toRight[i] != 0) mark(own <= std::fabs(laplacian[i + 1]) ? x : x + 1, y);
+                if (toBelow[i] != 0) mark(x, own <= std::fabs(m_laplacian.Row(below)[i]) ? y : below);
+            }
+        }
+    }
+
+    /// Writes 1 where IsCrossing holds between the pixels of two rows or of a row and the next ones, else 0.
+    static void FlagCrossings(const float* here, const float* there, const float* level,
+                              const float* otherLevel, std::size_t count, float* flags) {
+        ForLanes(0, count, [&](auto lanes, std::size_t i) {
+            using Lanes = decltype(lanes);
+            const Lanes none(0.0F);
+            const Lanes one(1.0F);
+            const Lanes a = Lanes::Load(here + i);
+            const Lanes b = Lanes::Load(there + i);
+            const Lanes rise = Lanes::Load(otherLevel + i) - Lanes::Load(level + i);
+            const auto rises = Lanes::Both(Lanes::Both(a > none, none > b), rise > none);
+            const auto falls = Lanes::Both(Lanes::Both(none > a, b > none), none > rise);
+            Lanes::Choose(rises, one, Lanes::Choose(falls, one, none)).Store(flags + i);
+        });
+    }
+
     bool Inside(int x, int y) const {
         return x >= 0 && x < m_smoothed.width && y >= 0 && y < m_smoothed.height;
     }
@@ -210,29 +310,6 @@ class Detector {
         const int dy = std::fabs(g.y) <= narrow * std::fabs(g.x) ? 0 : g.y > 0 ? 1 : -1;
         const double most = std::max(square(Gradient(x + dx, y + dy)), square(Gradient(x - dx, y - dy)));
         return square(g) >= kSteepness * kSteepness * most;
-    }
-
-    float SideDifference(int x, int y) const {
-        // Sums of both signs at once and without branches: which one a pixel belongs to is anybody's guess.
-        float bright = 0;
-        float dark = 0;
-        float brightCount = 0;
-        float darkCount = 0;
-        const int first = std::max(x - kReach, 0);
-        const int last = std::min(x + kReach, m_smoothed.width - 1);
-        for (int v = std::max(y - kReach, 0); v <= std::min(y + kReach, m_smoothed.height - 1); ++v) {
-            const float* const row = m_smoothed.Row(v);
-            const float* const laplacian = m_laplacian.Row(v);
-            for (int u = first; u <= last; ++u) {
-                const float isBright = laplacian[u] < 0 ? 1.0F : 0.0F;
-                const float isDark = laplacian[u] > 0 ? 1.0F : 0.0F;
-                bright += row[u] * isBright;
-                dark += row[u] * isDark;
-                brightCount += isBright;
-                darkCount += isDark;
-            }
-        }
-        return brightCount > 0 && darkCount > 0 ? bright / brightCount - dark / darkCount : 0.0F;
     }
 
     double m_decay;

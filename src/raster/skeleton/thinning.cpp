@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "raster/skeleton/centring.h"
+#include "raster/skeleton/ends.h"
 #include "raster/skeleton/spurs.h"
 
 namespace tarvex::skeleton {
@@ -131,6 +132,7 @@ void Thin(BitPlane& plane, DistanceMap& distances) {
     std::erase_if(lines, [&plane](Position p) { return !plane.Get(p); });
     Peeler(plane, IsNeedless).Peel(lines);
     CentreLines(plane, shape, distances, CutSpurs(plane, middle, distances));
+    SettleEnds(plane, shape, distances);
 }
 
 }  // namespace tarvex::skeleton

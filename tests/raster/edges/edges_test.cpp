@@ -4,6 +4,7 @@
 
 #include "platform/handles.h"
 #include "support/property.h"
+#include "tarvex/bezier.h"
 #include "tarvex/edges.h"
 #include "tarvex/raster.h"
 
@@ -313,19 +314,26 @@ TEST(EdgeDetect, OddPicturesAndOptionsHaveDefinedResults) {
     }
 }
 
-TEST(EdgeDetect, CurvesFollowTheEdges) {
-    const Grey picture = Drawn(128, 120, Disc(64.3, 59.8, 40), 60, 200, 0);
-    for (const EdgeMethod method : kMethods) {
-        CEdgeDetect edges;
-        EdgeOptions options;
-        options.method = method;
-        ASSERT_TRUE(edges.Detect(picture.View(), options));
-        CPolyPolyBezier curves;
-        ASSERT_TRUE(edges.Output(curves));
-        ASSERT_EQ(curves.GetSize(), 1);
-        EXPECT_TRUE(curves[0][0].pt == curves[0][curves[0].GetUpperBound()].pt) << "closed";
-        for (const BPOINT& node : curves[0])
-            EXPECT_NEAR(std::hypot(node.pt.x - 64.3, node.pt.y - 59.8), 40, 1.5);
+TEST(EdgeDetect, CurvesRunWithinAFifthOfAPixelOfTheBorder) {
+    for (const double radius : {16.0, 25.0, 40.3}) {
+        const DPOINT centre{64.3, 59.8};
+        const Grey picture = Drawn(128, 120, Disc(centre.x, centre.y, radius), 60, 200, 0);
+        for (const EdgeMethod method : kMethods) {
+            SCOPED_TRACE(std::to_string(radius) + (method == EdgeMethod::Canny ? " Canny" : " Shen-Castan"));
+            CEdgeDetect edges;
+            EdgeOptions options;
+            options.method = method;
+            ASSERT_TRUE(edges.Detect(picture.View(), options));
+            CPolyPolyBezier curves;
+            ASSERT_TRUE(edges.Output(curves));
+            ASSERT_EQ(curves.GetSize(), 1);
+            EXPECT_TRUE(curves[0][0].pt == curves[0][curves[0].GetUpperBound()].pt) << "closed";
+            EXPECT_LE(curves[0].GetSize(), 13) << "smooth";
+            CArray<DPOINT, DPOINT> points;
+            GetPolyline(curves[0], points, 0.05);
+            for (int k = 0; k < points.GetSize(); ++k)
+                EXPECT_NEAR(std::hypot(points[k].x - centre.x, points[k].y - centre.y), radius, 0.2);
+        }
     }
 }
 
