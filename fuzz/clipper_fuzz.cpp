@@ -72,6 +72,13 @@ void TryOperations(Input& input) {
     Set clip;
     TakeSet(input, kind, subject);
     TakeSet(input, kind, clip);
+    Set none;
+    const auto ownArea = [&none](Set& set) {
+        Set own;
+        ClipPolygons(3, set.polygon, none.polygon, own.polygon);
+        return Area(own.polygon);
+    };
+    const double both = ownArea(subject) + ownArea(clip);
     double area[4] = {};
     for (const int op :
          {3, 2, 1, 0}) {  // those that mark come last, and what they mark takes part in neither
@@ -80,13 +87,13 @@ void TryOperations(Input& input) {
         area[op] = Area(result.polygon);
         for (int c = 0; c < result.polygon.contourCount; ++c)
             Require(result.polygon.contours[c].vertexCount >= 3, "contours have three vertices");
-        Set none;
         Set again;
         ClipPolygons(3, result.polygon, none.polygon, again.polygon);
         RequireSame(result.polygon, again.polygon);
     }
     if (kind == 3) return;  // areas may be beyond any number
     Require(std::fabs(area[2] - (area[3] - area[1])) < 1e-9, "exclusive or is union without intersection");
+    Require(std::fabs(area[3] + area[1] - both) < 1e-9, "union and intersection have both areas");
 }
 
 void TryText(std::string_view text) {

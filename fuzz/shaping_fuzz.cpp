@@ -1,5 +1,6 @@
-// Combining any two shapes, NaN and infinities included: it ends, failure changes nothing of the first, and
-// what comes out are closed contours of finite coordinates.
+// Combining any two shapes by either path, NaN and infinities included: it ends, failure changes nothing of
+// the first shape and the raster path nothing of the second, and what comes out are closed contours of finite
+// coordinates.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -42,6 +43,11 @@ CPolyPolyBezier TakeShape(Input& input, int kind) {
     return shape;
 }
 
+void RequireResult(const CPolyPolyBezier& shape) {
+    Require(!shape.IsEmpty(), "success means contours");
+    RequireClosedContours(shape, 3);
+}
+
 }  // namespace
 }  // namespace tarvex::fuzz
 
@@ -55,9 +61,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CPolyPolyBezier b = TakeShape(input, kind);
     CPolyPolyBezier before;
     before.Copy(a);
-    if (PolyPolyBezierShaping(op, a, b)) {
-        Require(!a.IsEmpty(), "success means contours");
-        RequireClosedContours(a, 3);
+    if (input.TakeBetween(0, 7) == 0) {
+        CPolyPolyBezier otherBefore;
+        otherBefore.Copy(b);
+        const int modeA = input.TakeBetween(0, 2);
+        if (PolyPolyBezierBmpShaping(op, a, b, modeA, input.TakeBetween(0, 2))) {
+            RequireResult(a);
+        } else {
+            Require(Same(a, before), "failure leaves the first shape as it was");
+        }
+        Require(Same(b, otherBefore), "the raster path leaves the second shape as it was");
+    } else if (PolyPolyBezierShaping(op, a, b)) {
+        RequireResult(a);
     } else {
         Require(Same(a, before), "failure leaves the first shape as it was");
     }

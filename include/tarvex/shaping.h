@@ -58,7 +58,8 @@ enum ShapingOperation : int {
 /// smaller than that is one or two spans to the eye of this function. Crossings are found all the same, but
 /// scale small drawings up: outlines of some 10,000 units across combine best. Where polylines of
 /// that resolution cross and the curves do not, they are refined, at most ten times, by half each.
-/// Pieces of curves that run along each other (within 1e-8) are recognised as one. Curves that touch or run
+/// Pieces of curves that run along each other (within 1e-8) are recognised as one, and curves that leave a
+/// node in one direction meet there once, however long they stay that near to each other. Curves that touch or run
 /// side by side at less than about a millionth of their length without being the same can still be taken for
 /// crossing or not: the area that costs is below that millionth of the length.
 ///

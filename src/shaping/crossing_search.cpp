@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <tuple>
 
 #include "shaping/box_tree.h"
@@ -31,7 +32,7 @@ class Search {
   public:
     Search(const SegmentList& list, Scope scope) : m_list(list), m_scope(scope) {}
 
-    std::vector<Crossing> Run() {
+    Meetings Run() {
         CutIntoArcs();
         FindCouples();
         for (auto at = m_couples.begin(); at != m_couples.end();) {
@@ -43,7 +44,7 @@ class Search {
         }
         std::sort(m_found.begin(), m_found.end(),
                   [this](const Crossing& a, const Crossing& b) { return Place(a) < Place(b); });
-        return std::move(m_found);
+        return {std::move(m_found), std::move(m_stretches)};
     }
 
   private:
@@ -115,11 +116,16 @@ class Search {
         if (first != second) {
             for (const ArcCouple& couple : couples)
                 AppendEndHits(a, ArcAt(couple.firstArc), b, ArcAt(couple.secondArc), hits);
-            if (!RunTogether(a, b, hits)) AppendHits(couples, a, b, hits);
+            if (const std::optional<CommonStretch> common = StretchBetween(first, second, hits)) {
+                m_stretches.push_back(*common);
+            } else {
+                AppendHits(couples, a, b, hits);
+            }
         } else {
             AppendHits(couples, a, b, hits);
             std::erase_if(hits, [](const CurveHit& hit) { return std::fabs(hit.s - hit.t) < 1e-3; });
         }
+        MergeContacts(a, b, hits);
         const std::size_t before = m_found.size();
         for (const CurveHit& hit : hits) {
             if (IsCommonEnd(first, second, hit)) continue;
@@ -158,8 +164,10 @@ class Search {
         }
     }
 
-    /// Whether two of the hits are the ends of a common stretch.
-    static bool RunTogether(const Cubic& a, const Cubic& b, std::vector<CurveHit> hits) {
+    /// The common stretch between two of the hits, if the segments have one.
+    std::optional<CommonStretch> StretchBetween(int first, int second, std::vector<CurveHit> hits) const {
+        const Cubic& a = m_list[first].curve;
+        const Cubic& b = m_list[second].curve;
         for (CurveHit& hit : hits) ToEnds(a, b, hit);
         std::sort(hits.begin(), hits.end(), [](const CurveHit& p, const CurveHit& q) {
             return std::tie(p.s, p.t) < std::tie(q.s, q.t);
@@ -172,10 +180,41 @@ class Search {
                 if (SquaredDistance(partA.p0, partA.p3) < POINT_EPSILON * POINT_EPSILON * 100 &&
                     SquaredDistance(partA.p0, partA.p1) < POINT_EPSILON * POINT_EPSILON * 100)
                     continue;
-                if (SameCourse(partA, partB)) return true;
+                if (SameCourse(partA, partB))
+                    return CommonStretch{first, hits[i].s, hits[j].s, second, hits[i].t, hits[j].t};
             }
         }
-        return false;
+        return std::nullopt;
+    }
+
+    /// Of hits between which the curves do not leave each other, one is kept, an end if there is one: curves
+    /// that leave a node in one direction are within the tolerance of each other for some way.
+    static void MergeContacts(const Cubic& a, const Cubic& b, std::vector<CurveHit>& hits) {
+        const auto isInside = [](double t) { return t != 0 && t != 1; };
+        const auto rank = [&](const CurveHit& hit) { return int{isInside(hit.s)} + int{isInside(hit.t)}; };
+        std::stable_sort(hits.begin(), hits.end(),
+                         [&](const CurveHit& p, const CurveHit& q) { return rank(p) < rank(q); });
+        std::vector<CurveHit> kept;
+        for (const CurveHit& hit : hits) {
+            const bool isKnown = std::any_of(kept.begin(), kept.end(), [&](const CurveHit& other) {
+                return rank(hit) > 0 && AreTogether(a, b, hit, other);
+            });
+            if (!isKnown) kept.push_back(hit);
+        }
+        hits = std::move(kept);
+    }
+
+    /// Whether the curves are one, to the tolerance, between two hits.
+    static bool AreTogether(const Cubic& a, const Cubic& b, const CurveHit& from, const CurveHit& to) {
+        constexpr double mostParameter = 0.05;  // what is further away is told by common stretches
+        if (!(std::fabs(from.s - to.s) < mostParameter) || !(std::fabs(from.t - to.t) < mostParameter))
+            return false;
+        for (const double part : {0.5, 0.25, 0.75}) {
+            const DPOINT p = PointAt(a, from.s + (to.s - from.s) * part);
+            const double t = NearestParameter(PartOf(b, from.t, to.t), p);
+            if (!(PointAt(PartOf(b, from.t, to.t), t) == p)) return false;
+        }
+        return true;
     }
 
     bool IsCommonEnd(int first, int second, const CurveHit& hit) const {
@@ -189,12 +228,11 @@ class Search {
     std::vector<Box> m_boxes;
     std::vector<ArcCouple> m_couples;
     std::vector<Crossing> m_found;
+    std::vector<CommonStretch> m_stretches;
 };
 
 }  // namespace
 
-std::vector<Crossing> FindCrossings(const SegmentList& list, Scope scope) {
-    return Search(list, scope).Run();
-}
+Meetings FindMeetings(const SegmentList& list, Scope scope) { return Search(list, scope).Run(); }
 
 }  // namespace tarvex::shaping

@@ -21,9 +21,15 @@ enum class Scope {
     Everywhere,     ///< all pairs, a segment with itself included
 };
 
-/// The crossings, ordered as a search would meet them that takes each pair of contours in turn, the second
-/// one's segments one after the other and along each of them the first one's. Neighbouring segments'
-/// common end is none. Where segments run along each other only the ends of the common stretch are.
-std::vector<Crossing> FindCrossings(const SegmentList& list, Scope scope);
+struct Meetings {
+    std::vector<Crossing> crossings;
+    std::vector<CommonStretch> stretches;
+};
+
+/// The crossings and common stretches. Crossings are ordered as a search would meet them that takes each pair
+/// of contours in turn, the second one's segments one after the other and along each of them the first one's.
+/// Neighbouring segments' common end is none. Where segments run along each other only the ends of the common
+/// stretch are.
+Meetings FindMeetings(const SegmentList& list, Scope scope);
 
 }  // namespace tarvex::shaping

@@ -112,7 +112,11 @@ class ArcPair {
             if (Decide(pair.a, turnA, pair.b, turnB) != Answer::Unsure) continue;
             if (pair.halvings == MAX_HALVINGS) continue;
             const int halvings = pair.halvings + 1;
-            const bool halvesA = turnA != turnB ? turnA > turnB : Extent(pair.a.curve) > Extent(pair.b.curve);
+            // What hardly turns can still run unevenly, and Newton's method start far off: the longer is
+            // halved.
+            const bool isTurning = std::max(turnA, turnB) > TINY_TURN;
+            const bool halvesA =
+                isTurning && turnA != turnB ? turnA > turnB : Extent(pair.a.curve) > Extent(pair.b.curve);
             for (const bool second : {true, false}) {
                 if (halvesA) {
                     open.push_back({HalfOf(pair.a, second), pair.b, halvings});

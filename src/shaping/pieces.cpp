@@ -70,17 +70,32 @@ struct Span {
     int firstHalf = -1;  ///< the other one follows it
 };
 
+/// Whether an end of one edge lies on the other one, on the inside of it.
+bool IsInside(DPOINT p, DPOINT a, DPOINT ab) {
+    const double along = Dot(ab, Minus(p, a));
+    const double slack = TOUCHING * Length(ab);
+    return along > slack && along < SquaredLength(ab) - slack;
+}
+
+/// Whether two edges have a point in common other than an end of both: the curves have none.
 bool Crosses(DPOINT a, DPOINT b, DPOINT c, DPOINT d) {
+    const auto side = [](DPOINT from, DPOINT along, DPOINT p) {
+        const double turn = Cross(along, Minus(p, from));
+        const double slack = TOUCHING * Length(along);
+        return turn > slack ? 1 : turn < -slack ? -1 : 0;
+    };
     const DPOINT ab = Minus(b, a);
+    const int sideC = side(a, ab, c);
+    const int sideD = side(a, ab, d);
+    if (sideC * sideD > 0) return false;
     const DPOINT cd = Minus(d, c);
-    const double slackAB = TOUCHING * Length(ab);
-    const double slackCD = TOUCHING * Length(cd);
-    const double sideC = Cross(ab, Minus(c, a));
-    const double sideD = Cross(ab, Minus(d, a));
-    if (!((sideC > slackAB && sideD < -slackAB) || (sideC < -slackAB && sideD > slackAB))) return false;
-    const double sideA = Cross(cd, Minus(a, c));
-    const double sideB = Cross(cd, Minus(b, c));
-    return (sideA > slackCD && sideB < -slackCD) || (sideA < -slackCD && sideB > slackCD);
+    const int sideA = side(c, cd, a);
+    const int sideB = side(c, cd, b);
+    if (sideA * sideB > 0) return false;
+    if (sideC * sideD < 0 && sideA * sideB < 0) return true;
+    if (sideC == 0 && sideD == 0) return false;  // one line: they can run along each other
+    return (sideC == 0 && IsInside(c, a, ab)) || (sideD == 0 && IsInside(d, a, ab)) ||
+           (sideA == 0 && IsInside(a, c, cd)) || (sideB == 0 && IsInside(b, c, cd));
 }
 
 bool PolygonsCross(const Span& s, const Span& t) {

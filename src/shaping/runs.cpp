@@ -283,23 +283,35 @@ class RunFinder::Junctions {
         if (!then.start) then.start = NearestParameter(CurveOf(then), then.from);
     }
 
+    /// A loop's start and end are one point; which of them a place is next to, the way along the curve tells.
+    bool CanBeNearStart(const Run& run, DPOINT place) const {
+        return StartOf(run) != EndOf(run) || NearestParameter(CurveOf(run), place) < 0.5;
+    }
+
     /// Moves the junction to an end that both pieces have.
     bool MoveToEnd(std::size_t at, std::size_t next, double reach) {
         Run& run = m_runs[at];
         Run& then = m_runs[next];
         const DPOINT place = run.to;
-        enum class Choice { None, Both, DropRun, DropThen } choice = Choice::None;
+        enum class Choice { None, Both, DropRun, DropThen, DropBoth } choice = Choice::None;
         double nearest = reach;
-        const auto consider = [&](int end, int other, Choice what) {
+        const bool canBeStart = CanBeNearStart(run, place);
+        const bool canBeEnd = !canBeStart || StartOf(run) != EndOf(run);
+        const bool canStart = CanBeNearStart(then, place);
+        const bool canEnd = !canStart || StartOf(then) != EndOf(then);
+        const auto consider = [&](bool isPossible, int end, int other, Choice what) {
             const double distance = Distance(m_pieces.ends[end], place);
-            if (end != other || !(distance < nearest)) return;
+            if (!isPossible || end != other || !(distance < nearest)) return;
             nearest = distance;
             choice = what;
         };
-        consider(EndOf(run), StartOf(then), Choice::Both);
+        consider(canBeEnd && canStart, EndOf(run), StartOf(then), Choice::Both);
         if (at != next) {
-            if (!run.end) consider(StartOf(run), StartOf(then), Choice::DropRun);
-            if (!then.start) consider(EndOf(run), EndOf(then), Choice::DropThen);
+            const bool dropsRun = !run.end && canBeStart;
+            const bool dropsThen = !then.start && canEnd;
+            consider(dropsRun && canStart, StartOf(run), StartOf(then), Choice::DropRun);
+            consider(dropsThen && canBeEnd, EndOf(run), EndOf(then), Choice::DropThen);
+            consider(dropsRun && dropsThen, StartOf(run), EndOf(then), Choice::DropBoth);
         }
         if (choice == Choice::Both) {
             run.end = 1;
@@ -310,6 +322,9 @@ class RunFinder::Junctions {
             Drop(at);
         } else if (choice == Choice::DropThen) {
             Drop(next);
+        } else if (choice == Choice::DropBoth) {
+            Drop(std::max(at, next));
+            Drop(std::min(at, next));
         }
         return choice != Choice::None;
     }

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
+
+#include "shaping/curve_crossings.h"
 
 namespace tarvex::shaping {
 
@@ -75,6 +78,36 @@ void SettleSplits(const SegmentList& list, std::vector<Split>& splits) {
         kept.push_back(split);
     }
     splits = std::move(kept);
+}
+
+void ShareSplits(const SegmentList& list, std::span<const CommonStretch> stretches,
+                 std::vector<Split>& splits) {
+    constexpr int mostRounds = 8;  // from one segment to the next, where each runs along another
+    for (int round = 0; round < mostRounds && !stretches.empty(); ++round) {
+        const std::size_t before = splits.size();
+        std::vector<Split> all = splits;
+        const auto share = [&](int from, double s0, double s1, int to, double t0, double t1) {
+            const auto [low, high] = std::minmax(s0, s1);
+            const auto isBefore = [](const Split& split, const std::pair<int, double>& place) {
+                return std::pair(split.segment, split.t) < place;
+            };
+            auto split = std::lower_bound(splits.begin(), splits.end(), std::pair(from, low), isBefore);
+            for (; split != splits.end() && split->segment == from && split->t <= high; ++split) {
+                const Cubic& other = list[to].curve;
+                double t = t0 + (t1 - t0) * ((split->t - s0) / (s1 - s0));
+                if (!(PointAt(other, t) == split->point))
+                    t = NearestParameter(other, split->point);  // a line
+                all.push_back({to, t, split->point});
+            }
+        };
+        for (const CommonStretch& common : stretches) {
+            share(common.first, common.s0, common.s1, common.second, common.t0, common.t1);
+            share(common.second, common.t0, common.t1, common.first, common.s0, common.s1);
+        }
+        SettleSplits(list, all);
+        splits = std::move(all);
+        if (splits.size() == before) return;
+    }
 }
 
 Cubic PieceOf(const Segment& segment, double from, double to, DPOINT start, DPOINT end) {

@@ -53,9 +53,24 @@ struct Split {
     DPOINT point;
 };
 
+/// A stretch that two segments have in common: from `s0` to `s1` of the first, where the second one runs from
+/// `t0` to `t1`, evenly by parameter.
+struct CommonStretch {
+    int first;
+    double s0, s1;
+    int second;
+    double t0, t1;
+};
+
 /// Sorts splits by segment and parameter and drops those that equal an end of the segment, or the one before
 /// them, within POINT_EPSILON.
 void SettleSplits(const SegmentList& list, std::vector<Split>& splits);
+
+/// Gives each of two segments that have a stretch in common the other's splits on it, and settles all again.
+/// Both are then cut into the same pieces there, also where a crossing is so flat that it was found in two
+/// places.
+void ShareSplits(const SegmentList& list, std::span<const CommonStretch> stretches,
+                 std::vector<Split>& splits);
 
 /// The piece of a segment with its ends at given points, which are (nearly) those of the parameters; handles
 /// move with their ends. A line without handles gives another.

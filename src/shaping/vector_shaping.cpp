@@ -77,23 +77,24 @@ SegmentList SegmentsOf(const CPolyPolyBezier& a, const CPolyPolyBezier& b) {
 }
 
 /// Splits at all crossings, at points that are the same wherever curves meet; anchors come before others.
-std::vector<Split> SplitsAt(const SegmentList& list, const std::vector<Crossing>& crossings) {
+std::vector<Split> SplitsAt(const SegmentList& list, const Meetings& meetings) {
     PointIndex points;
     for (const Segment& segment : list.segments) points.FindOrAdd(segment.curve.p0);
     std::vector<Split> splits;
-    splits.reserve(2 * crossings.size());
-    for (const Crossing& crossing : crossings) {
+    splits.reserve(2 * meetings.crossings.size());
+    for (const Crossing& crossing : meetings.crossings) {
         const DPOINT p = points[points.FindOrAdd(crossing.point)];
         splits.push_back({crossing.first, crossing.s, p});
         splits.push_back({crossing.second, crossing.t, p});
     }
     SettleSplits(list, splits);
+    ShareSplits(list, meetings.stretches, splits);
     return splits;
 }
 
 void InsertCrossings(CPolyPolyBezier& a, CPolyPolyBezier& b) {
     const SegmentList list = SegmentsOf(a, b);
-    const std::vector<Split> splits = SplitsAt(list, FindCrossings(list, Scope::BetweenShapes));
+    const std::vector<Split> splits = SplitsAt(list, FindMeetings(list, Scope::BetweenShapes));
     InsertNodes(list, Operand::A, splits, a);
     InsertNodes(list, Operand::B, splits, b);
 }
@@ -132,7 +133,7 @@ CPolyPolyBezier Combine(int op, const CPolyPolyBezier& a, const CPolyPolyBezier&
                            [operand](const SegmentContour& contour) { return contour.operand == operand; });
     };
     if (!has(Operand::A) || !has(Operand::B)) return {};
-    PieceList pieces = CutIntoPieces(list, SplitsAt(list, FindCrossings(list, Scope::Everywhere)));
+    PieceList pieces = CutIntoPieces(list, SplitsAt(list, FindMeetings(list, Scope::Everywhere)));
     FlattenCourses(pieces, ResolutionFor(list));
     const VertexTable table = BuildVertexTable(list, pieces);
     CPolyPolyBezier out;

@@ -37,10 +37,18 @@ using Result = std::vector<Contour>;
 constexpr int kOperations = 4;
 constexpr int kUnion = 3;
 
-/// How many random cases: a few hundred, or as many as TARVEX_CLIP_CASES says for a long run.
-int CaseCount(int usual) {
-    const char* wanted = std::getenv("TARVEX_CLIP_CASES");
+int FromEnvironment(const char* name, int usual) {
+    const char* wanted = std::getenv(name);
     return wanted == nullptr ? usual : std::atoi(wanted);
+}
+
+/// Calls `check(seed)` for some hundreds of seeds until it fails. For long runs, TARVEX_CLIP_CASES says of
+/// how many, and TARVEX_CLIP_SEED from which one on, so that a run can be shared out and resumed.
+template <class Check>
+void ForSeeds(int usual, Check&& check) {
+    const int first = FromEnvironment("TARVEX_CLIP_SEED", 0);
+    const int end = first + FromEnvironment("TARVEX_CLIP_CASES", usual);
+    for (int seed = first; seed < end && !::testing::Test::HasFatalFailure(); ++seed) check(seed);
 }
 
 Result ClipSets(int op, const ContourSet& subject, const ContourSet& clip) {
@@ -140,13 +148,15 @@ void ExpectAreas(const ClipCase& c, int seed) {
 }
 
 TEST(Clip, GridSetsHaveTheirExactAreaInContoursThatStayApart) {
-    for (int seed = 0; seed < CaseCount(300) && !::testing::Test::HasFatalFailure(); ++seed)
+    ForSeeds(300, [](int seed) {
         ExpectAreas<Fraction>(ClipCases(static_cast<std::uint32_t>(seed)).OnGrid(), seed);
+    });
 }
 
 TEST(Clip, AnySetsHaveTheirAreaInContoursThatStayApart) {
-    for (int seed = 0; seed < CaseCount(400) && !::testing::Test::HasFatalFailure(); ++seed)
+    ForSeeds(400, [](int seed) {
         ExpectAreas<long double>(ClipCases(static_cast<std::uint32_t>(seed)).Any(), seed);
+    });
 }
 
 ContourSet Mirrored(ContourSet set) {
@@ -162,7 +172,7 @@ ContourSet Moved(ContourSet set, double by) {
 }
 
 TEST(Clip, TheOperationsKeepTheLawsOfSets) {
-    for (int seed = 0; seed < CaseCount(300); ++seed) {
+    ForSeeds(300, [](int seed) {
         const ClipCase c = ClipCases(static_cast<std::uint32_t>(seed) + 1000000).Any();
         Result result[kOperations];
         double area[kOperations];
@@ -185,7 +195,7 @@ TEST(Clip, TheOperationsKeepTheLawsOfSets) {
             }
             ASSERT_NEAR(TotalArea(ClipSets(op, Mirrored(c.subject), Mirrored(c.clip))), area[op], slack);
         }
-    }
+    });
 }
 
 TEST(Clip, AMoveThatRoundsNothingMovesTheResult) {

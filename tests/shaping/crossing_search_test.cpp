@@ -63,7 +63,7 @@ TEST(CrossingSearch, FindsWhatThePlainLoopsFindOnTheCurvesThemselves) {
             SegmentList list;
             AppendSegments(a, Operand::A, list);
             AppendSegments(b, Operand::B, list);
-            const std::vector<Crossing> crossings = FindCrossings(list, Scope::BetweenShapes);
+            const std::vector<Crossing> crossings = FindMeetings(list, Scope::BetweenShapes).crossings;
             for (const Crossing& c : crossings) {
                 RC_ASSERT(Distance(PointAt(list[c.first].curve, c.s), c.point) < 1e-9);
                 RC_ASSERT(Distance(PointAt(list[c.second].curve, c.t), c.point) < 1e-9);
@@ -108,9 +108,9 @@ TEST(CrossingSearch, CuspsLoopsAndSharedStretches) {
         };
         add(cases[i][0], Operand::A);
         add(cases[i][1], Operand::B);
-        const auto found = FindCrossings(list, Scope::BetweenShapes);
+        const auto found = FindMeetings(list, Scope::BetweenShapes).crossings;
         EXPECT_EQ(found.size(), counts[i]) << i;
-        const auto own = FindCrossings(list, Scope::Everywhere);
+        const auto own = FindMeetings(list, Scope::Everywhere).crossings;
         EXPECT_EQ(own.size(), counts[i] + (i == 0)) << i;  // the loop crosses itself
     }
 }
