@@ -1,5 +1,6 @@
-# offer.zsh FOLDER LINE: what zsh offers behind the line, a candidate a line. zsh completes at its prompt
-# only: so one is opened on a terminal of its own, and what would go onto its list is printed instead.
+# offer.zsh FOLDER: reads command lines and writes what zsh offers behind each: the line, a tab, a candidate.
+# zsh completes at its prompt only: so one is opened on a terminal of its own, and what would go onto its
+# list is printed instead.
 zmodload zsh/zpty
 cat >start.zsh <<'END'
 PROMPT=
@@ -18,7 +19,7 @@ compadd() {
     for hit in $hits; do print -r -- "OFFER:$hit"; done
 }
 bindkey '^I' complete-word
-finish() { print END-OF-OFFERS }
+finish() { zle kill-buffer; print END-OF-OFFERS }
 zle -N finish
 bindkey '^G' finish
 print READY-NOW
@@ -26,7 +27,9 @@ END
 zpty shell "zsh -f -i"
 zpty -w shell "fpath=(${(q)1} \$fpath); . ./start.zsh"
 zpty -r -m shell seen '*READY-NOW*'
-zpty -n -w shell "$2"$'\t\x07'
-zpty -r -m shell seen '*END-OF-OFFERS*'
-print -r -- $seen | tr -d '\r' | sed -n 's/^.*OFFER://p'
+while IFS= read -r line; do
+    zpty -n -w shell "$line"$'\t\x07'
+    zpty -r -m shell seen '*END-OF-OFFERS*'
+    print -r -- $seen | tr -d '\r' | sed -n "s/^.*OFFER:/${line//\//\\/}\t/p"
+done
 zpty -d shell
