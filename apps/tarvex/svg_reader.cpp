@@ -402,7 +402,7 @@ SvgDocument ParseSvg(Bytes bytes) {
     if (bytes.empty()) throw SvgError("the file is empty");
     if (bytes.size() >= 2 && bytes[0] == 0x1F && bytes[1] == 0x8B)
         throw SvgError("compressed: unpack it with gunzip first");
-    if (!LooksLikeSvg(bytes)) throw SvgError("not an SVG drawing");
+    if (!LooksLikeSvg(bytes)) throw SvgError("not an SVG drawing; of a picture, tarvex trace makes one");
     auto xml = std::make_unique<pugi::xml_document>();
     constexpr unsigned flags = pugi::parse_default | pugi::parse_comments | pugi::parse_pi |
                                pugi::parse_ws_pcdata | pugi::parse_declaration | pugi::parse_doctype;

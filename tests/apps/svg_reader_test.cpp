@@ -183,7 +183,7 @@ TEST(SvgReader, HostileDrawingsAreRefusedQuickly) {
     bomb += "'/></svg>";
     const std::pair<std::string, const char*> cases[] = {
         {"", "the file is empty"},
-        {"svg", "not an SVG drawing"},
+        {"svg", "not an SVG drawing; of a picture, tarvex trace makes one"},
         {"\x1f\x8b\x08", "gunzip"},
         {"<html/>", "its root element is not svg"},
         {"<a:svg xmlns:a='b'><c:d/></a:svg", "damaged XML"},
