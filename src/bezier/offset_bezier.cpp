@@ -18,6 +18,7 @@
 #include <numbers>
 
 #include "bezier/fit.h"
+#include "bezier/halve.h"
 #include "bezier/vector.h"
 #include "core/rounding.h"
 #include "geometry/offset_solution.h"
@@ -185,15 +186,10 @@ class Flattener {
             edges.push_back({segment, start, end});
             return;
         }
-        const DPOINT p01 = Midpoint(c.p0, c.p1);
-        const DPOINT p12 = Midpoint(c.p1, c.p2);
-        const DPOINT p23 = Midpoint(c.p2, c.p3);
-        const DPOINT p012 = Midpoint(p01, p12);
-        const DPOINT p123 = Midpoint(p12, p23);
-        const DPOINT middle = Midpoint(p012, p123);
+        const CubicHalves h = Halve(c.p0, c.p1, c.p2, c.p3);
         const double half = (start + end) / 2;
-        AppendHalved({c.p0, p01, p012, middle}, start, half, depth + 1, segment, points, edges);
-        AppendHalved({middle, p123, p23, c.p3}, half, end, depth + 1, segment, points, edges);
+        AppendHalved({c.p0, h.p01, h.p012, h.middle}, start, half, depth + 1, segment, points, edges);
+        AppendHalved({h.middle, h.p123, h.p23, c.p3}, half, end, depth + 1, segment, points, edges);
     }
 
     bool IsFlat(const CBezier& c) const {

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "bezier/halve.h"
 #include "bezier/vector.h"
 #include "raster/contours/border_fit.h"
 #include "raster/contours/outline_fitter.h"
@@ -103,14 +104,9 @@ void AppendGentle(const Cubic& c, int halvings, std::vector<Cubic>& out) {
         out.push_back(c);
         return;
     }
-    const Crossing a = Midpoint(c.p0, c.p1);
-    const Crossing b = Midpoint(c.p1, c.p2);
-    const Crossing d = Midpoint(c.p2, c.p3);
-    const Crossing ab = Midpoint(a, b);
-    const Crossing bd = Midpoint(b, d);
-    const Crossing half = Midpoint(ab, bd);
-    AppendGentle({c.p0, a, ab, half}, halvings - 1, out);
-    AppendGentle({half, bd, d, c.p3}, halvings - 1, out);
+    const CubicHalves h = Halve(c.p0, c.p1, c.p2, c.p3);
+    AppendGentle({c.p0, h.p01, h.p012, h.middle}, halvings - 1, out);
+    AppendGentle({h.middle, h.p123, h.p23, c.p3}, halvings - 1, out);
 }
 
 /// How far from its ends a moved cubic is reached at an angle.
