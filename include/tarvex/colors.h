@@ -5,7 +5,7 @@
 // colour nor written.
 #pragma once
 
-#include <vector>
+#include <memory>
 
 #include "tarvex/platform.h"
 
@@ -147,7 +147,7 @@ class TARVEX_API CColorReduction {
     IMAGE m_meanImage;
     int m_factor = 1;
     int m_threshold = 3500;
-    std::vector<RGBQUAD> m_meanPixels;
+    std::unique_ptr<RGBQUAD[]> m_meanPixels;
 };
 
 // ---------------------------------------------------------------------------------------------

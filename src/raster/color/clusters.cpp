@@ -26,6 +26,14 @@ RGBQUAD Mean(const RGBQUAD& a, std::int64_t countA, const RGBQUAD& b, std::int64
 }  // namespace
 
 void Clusters::Add(const RGBQUAD& sample) {
+    // The cluster that the sample before went to has just this colour: no other one is nearer, and none
+    // before it is as near, or that sample, if it was of this colour too, would have gone there.
+    if (m_last != noCluster && KeyOf(sample) == m_lastKey && KeyOf(m_clusters[m_last].color) == m_lastKey) {
+        ++m_clusters[m_last].count;
+        return;
+    }
+    m_last = noCluster;
+    m_lastKey = KeyOf(sample);
     Cluster* nearest = nullptr;
     int least = largestDistance + 1;
     for (Cluster& cluster : m_clusters) {
@@ -41,9 +49,11 @@ void Clusters::Add(const RGBQUAD& sample) {
     }
     nearest->color = Mean(nearest->color, nearest->count, sample, 1);
     ++nearest->count;
+    m_last = static_cast<std::size_t>(nearest - m_clusters.data());
 }
 
 void Clusters::MergeAt(int limit) {
+    m_last = noCluster;
     for (std::size_t i = 0; i < m_clusters.size(); ++i) {
         if (m_clusters[i].count == 0) continue;
         const Cluster taken = m_clusters[i];

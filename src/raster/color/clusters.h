@@ -27,7 +27,11 @@ class Clusters {
     void MergeAt(int limit);
     int LeastDistance() const;
 
+    static constexpr std::size_t noCluster = static_cast<std::size_t>(-1);
+
     std::vector<Cluster> m_clusters;
+    std::size_t m_last = noCluster;  // where the last sample went, of the colour m_lastKey
+    std::uint32_t m_lastKey = 0;
 };
 
 }  // namespace tarvex::color

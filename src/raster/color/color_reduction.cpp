@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 
 #include "platform/handles.h"
 #include "raster/color/clusters.h"
@@ -66,6 +69,14 @@ void MeanRow(const std::vector<std::uint16_t>& columns, int width, RGBQUAD* out)
     }
 }
 
+/// Filters twice, by way of the mean image, which is left with what the second pass read.
+void FilterTwice(Labels labels, const PixelView& image, const PixelView& meanImage) {
+    labels.Filter();
+    labels.Paint(meanImage, image);
+    labels.Filter();
+    labels.Paint(image, image);
+}
+
 }  // namespace
 
 CColorReduction::CColorReduction(HBITMAP bitmap) : m_hBitmap(bitmap) {
@@ -75,8 +86,8 @@ CColorReduction::CColorReduction(HBITMAP bitmap) : m_hBitmap(bitmap) {
     m_factor = FactorFor(m_image);
     if (m_factor != 1) CreateBigBitmap(bitmap);
     try {
-        m_meanPixels.resize(PixelCount(m_image));
-        m_meanImage = {m_meanPixels.data(), m_image.width, m_image.height};
+        m_meanPixels = std::make_unique_for_overwrite<RGBQUAD[]>(PixelCount(m_image));
+        m_meanImage = {m_meanPixels.get(), m_image.width, m_image.height};
         CreateMeanImage();
     } catch (...) {
         DeleteObject(m_hBigBitmap);  // no destructor will
@@ -183,7 +194,12 @@ void CColorReduction::GetColorPalette(RGBQUAD* palette, int& count) {
 
 void CColorReduction::ReplaceColors(const RGBQUAD* palette, int count) {
     if (palette == nullptr || count <= 0 || IsEmpty(m_image)) return;
-    PaletteIndex index({palette, static_cast<std::size_t>(count)});
+    const std::span colors(palette, static_cast<std::size_t>(count));
+    if (colors.size() <= Labels::mostColors) {
+        FilterTwice(Labels::Replaced(m_image, m_meanImage, colors), m_image, m_meanImage);
+        return;
+    }
+    PaletteIndex index(colors);
     const std::size_t pixels = PixelCount(m_image);
     for (std::size_t i = 0; i < pixels; ++i) {
         RGBQUAD& pixel = m_image.pixels[i];
@@ -195,20 +211,13 @@ void CColorReduction::ReplaceColors(const RGBQUAD* palette, int count) {
 
 void CColorReduction::Majority() {
     if (IsEmpty(m_image)) return;
-    const auto copy = [this] {
-        std::memcpy(static_cast<void*>(m_meanImage.pixels), m_image.pixels,
-                    PixelCount(m_image) * sizeof(RGBQUAD));
-    };
-    copy();
     if (std::optional<Labels> labels = Labels::Of(m_image)) {
-        labels->Filter();
-        labels->Paint(m_meanImage);  // what the second pass reads
-        labels->Filter();
-        labels->Paint(m_image);
+        FilterTwice(std::move(*labels), m_image, m_meanImage);
         return;
     }
     for (int pass = 0; pass < 2; ++pass) {
-        if (pass > 0) copy();
+        std::memcpy(static_cast<void*>(m_meanImage.pixels), m_image.pixels,
+                    PixelCount(m_image) * sizeof(RGBQUAD));
         for (int y = 0; y < m_image.height; ++y) {
             for (int x = 0; x < m_image.width; ++x)
                 SetMajorityPixel(m_image, m_meanImage, x, y, 2 * kFilterRadius + 1);

@@ -5,8 +5,7 @@
 //   - where eight windows side by side hold one label only, that is seen by comparing words, and all
 //     eight pixels are done; in a flat picture this is nearly every place;
 //   - where the centre's label fills 13 of 25 pixels, and is almost equal to no other, it has won whatever
-//   the
-//     others are; in a picture of regions this is nearly every place along a border;
+//     the others are; in a picture of regions this is nearly every place along a border;
 //   - else classes are taken out of the window one after the other, as window.cpp explains, each by one
 //     comparison of 25 bytes (and one more for each label almost equal to the representative).
 // The answers are those of visiting all pixels one by one, bit for bit.
@@ -15,6 +14,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+
+#include "raster/color/palette_index.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -100,12 +101,43 @@ class ColorNumbers {
 
 }  // namespace
 
+Labels::Labels(int width, int height)
+    : m_width(width),
+      m_height(height),
+      m_stride(static_cast<std::size_t>(width) + margin + slack),
+      m_labels(m_stride * static_cast<std::size_t>(height)) {}
+
+Labels Labels::Replaced(const PixelView& image, const PixelView& mean, std::span<const RGBQUAD> palette) {
+    Labels labels(image.width, image.height);
+    for (const RGBQUAD& c : palette) labels.m_colors.push_back({c.rgbBlue, c.rgbGreen, c.rgbRed, 0});
+    PaletteIndex index(palette);
+    const auto numberOf = [&](const RGBQUAD* entry) {
+        return static_cast<std::uint8_t>(entry - palette.data());
+    };
+    std::uint32_t lastKey = ~0U;  // of a pixel with an entry of its own
+    std::uint8_t last = 0;
+    const RGBQUAD* pixel = image.pixels;
+    const RGBQUAD* average = mean.pixels;
+    for (int y = image.height - 1; y >= 0; --y) {
+        std::uint8_t* row = labels.Row(y);
+        for (int x = 0; x < image.width; ++x, ++pixel, ++average) {
+            const std::uint32_t key = KeyOf(*pixel);
+            if (key == lastKey) {
+                row[x] = last;
+            } else if (const RGBQUAD* own = index.Own(*pixel)) {
+                row[x] = last = numberOf(own);
+                lastKey = key;
+            } else {
+                row[x] = numberOf(index.Nearest(*average));
+            }
+        }
+    }
+    labels.FindNeighbours();
+    return labels;
+}
+
 std::optional<Labels> Labels::Of(const PixelView& image) {
-    Labels labels;
-    labels.m_width = image.width;
-    labels.m_height = image.height;
-    labels.m_stride = static_cast<std::size_t>(image.width) + margin + slack;
-    labels.m_labels.resize(labels.m_stride * static_cast<std::size_t>(image.height));
+    Labels labels(image.width, image.height);
     ColorNumbers numbers(labels.m_colors);
     std::uint32_t lastKey = ~0U;
     std::uint8_t last = 0;
@@ -202,11 +234,22 @@ void Labels::Filter() {
     for (int y = std::max(0, m_height - 2); y < m_height; ++y) settle(y);
 }
 
-void Labels::Paint(const PixelView& image) const {
-    RGBQUAD* pixel = image.pixels;
-    for (int y = image.height - 1; y >= 0; --y) {
+void Labels::Paint(const PixelView& to, const PixelView& reserved) const {
+    std::array<std::uint32_t, mostColors> words{};
+    RGBQUAD onlyReserved{0, 0, 0, 255};
+    std::memcpy(words.data(), m_colors.data(), m_colors.size() * sizeof(RGBQUAD));
+    std::uint32_t mask;
+    std::memcpy(&mask, &onlyReserved, sizeof mask);
+    const RGBQUAD* from = reserved.pixels;
+    RGBQUAD* pixel = to.pixels;
+    for (int y = to.height - 1; y >= 0; --y) {
         const std::uint8_t* row = Row(y);
-        for (int x = 0; x < image.width; ++x, ++pixel) color::Paint(*pixel, m_colors[row[x]]);
+        for (int x = 0; x < to.width; ++x, ++pixel, ++from) {
+            std::uint32_t word;
+            std::memcpy(&word, from, sizeof word);
+            word = (word & mask) | words[row[x]];
+            std::memcpy(static_cast<void*>(pixel), &word, sizeof word);
+        }
     }
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "raster/color/distance.h"
@@ -19,12 +20,16 @@ class Labels {
     /// Nothing when the picture has more colours.
     static std::optional<Labels> Of(const PixelView& image);
 
+    /// The picture with its colours replaced as CColorReduction::ReplaceColors says; `mean` has its size, the
+    /// palette at least one colour and at most mostColors.
+    static Labels Replaced(const PixelView& image, const PixelView& mean, std::span<const RGBQUAD> palette);
+
     /// Gives every pixel the label of the largest class among the 5 x 5 pixels around it, all at once, as
     /// MajorityOfWindow would.
     void Filter();
 
-    /// Writes the labels' colours over the picture that they came from.
-    void Paint(const PixelView& image) const;
+    /// Writes the labels' colours to a picture of their size, with the reserved bytes of another.
+    void Paint(const PixelView& to, const PixelView& reserved) const;
 
   private:
     /// The labels, surrounded by their edges again: two columns on the left, two and what vector reads may
@@ -32,6 +37,7 @@ class Labels {
     static constexpr int margin = 2;
     static constexpr int slack = 16;
 
+    Labels(int width, int height);
     const std::uint8_t* Row(int y) const {
         return m_labels.data() + static_cast<std::size_t>(y) * m_stride + margin;
     }

@@ -16,6 +16,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -24,6 +25,12 @@
 namespace tarvex::color {
 
 namespace {
+
+std::uint32_t KeyInMemory(const RGBQUAD& c) {
+    std::uint32_t key;
+    std::memcpy(&key, &c, sizeof key);
+    return key;
+}
 
 constexpr int kRows = 2 * largestRadius + 1;
 constexpr int kColumns = 8;
@@ -76,6 +83,21 @@ void ReadInside(const PixelView& image, int x, int y, int radius, Lanes& lanes) 
     }
 }
 
+/// Whether a window that lies inside the image has one colour; the radius is 2 or 3.
+bool IsFlat(const PixelView& image, int x, int y, int radius) {
+    const auto load = [](const RGBQUAD* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
+    const RGBQUAD* centre = RowOf(image, y) + x;
+    const __m128i same = _mm_set1_epi32(static_cast<int>(KeyInMemory(*centre)));
+    __m128i different = _mm_setzero_si128();
+    for (int row = -radius; row <= radius; ++row) {
+        const RGBQUAD* pixels = RowOf(image, y + row) + x;
+        different = _mm_or_si128(different, _mm_xor_si128(load(pixels - radius), same));
+        different = _mm_or_si128(different, _mm_xor_si128(load(pixels + radius - 3), same));
+    }
+    // The reserved byte is not part of a colour.
+    return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_slli_epi32(different, 8), _mm_setzero_si128())) == 0xFFFF;
+}
+
 /// The square of the difference, or 256 when that is less.
 __m128i CutSquare(const std::int16_t* channel, __m128i value) {
     const __m128i difference =
@@ -122,14 +144,20 @@ std::uint64_t AlmostEqualTo(const Lanes& lanes, int lane) {
 }  // namespace
 
 Winner MajorityOfWindow(const PixelView& image, int x, int y, int radius, int wanted) {
-    Lanes lanes;
     const int side = 2 * radius + 1;
+#if defined(__SSE2__)
+    const bool inside = x >= radius && y >= radius && std::int64_t{x} - radius + kColumns <= image.width &&
+                        std::int64_t{y} + radius < image.height;
+    if (inside && radius >= 2 && IsFlat(image, x, y, radius)) {
+        const RGBQUAD& centre = RowOf(image, y)[x];
+        return {{centre.rgbBlue, centre.rgbGreen, centre.rgbRed, 0}, side * side};
+    }
+#endif
+    Lanes lanes;
     lanes.rows = side;
     const std::uint64_t rowMask = (1U << side) - 1;
     for (int row = 0; row < side; ++row) lanes.all |= rowMask << (row * kColumns);
 #if defined(__SSE2__)
-    const bool inside = x >= radius && y >= radius && std::int64_t{x} - radius + kColumns <= image.width &&
-                        std::int64_t{y} + radius < image.height;
     if (inside) {
         ReadInside(image, x, y, radius, lanes);
     } else {
