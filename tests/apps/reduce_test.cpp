@@ -12,6 +12,7 @@
 #include "apps/support/program.h"
 #include "apps/support/sample_pictures.h"
 #include "apps/support/temporary_directory.h"
+#include "raster/color/plain_reduction.h"
 #include "tarvex/png_writer.h"
 
 namespace tarvex::app::test {
@@ -135,6 +136,30 @@ TEST(Reduce, SaysWhatIsWrong) {
         EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), c.status == 0 ? 0 : 1);
         EXPECT_EQ(std::filesystem::remove(out), c.status == 0) << c.message;
     }
+}
+
+/// The plain rules on a drawing with smoothed edges and thin lines.
+TEST(Reduce, GivesARealPictureThePlainRulesColours) {
+    using tarvex::test::Color;
+    const auto colorAt = [](const Picture& picture, int x, int y) {
+        const Rgba c = picture.At(x, y);
+        return Color{c.red, c.green, c.blue};
+    };
+    const TemporaryDirectory directory;
+    const Picture picture = ReadBack(TARVEX_EXAMPLES "heron.png");
+    const ProgramResult run =
+        RunTarvex({"reduce", TARVEX_EXAMPLES "heron.png", "-o", directory / "out.png", "--colors", "12"});
+    ASSERT_EQ(run.status, 0) << run.errors;
+    tarvex::test::ColorPicture plain(picture.width, picture.height);
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x) plain.At(x, y) = colorAt(picture, x, y);
+    tarvex::test::PlainReduction reduction(plain);
+    EXPECT_GE(reduction.Reduce(12, 0).size(), 2U);
+    const tarvex::test::ColorPicture expected = reduction.Result();
+    const Picture reduced = ReadBack(directory / "out.png");
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x)
+            ASSERT_EQ(colorAt(reduced, x, y), expected.At(x, y)) << x << ' ' << y;
 }
 
 }  // namespace
