@@ -18,9 +18,10 @@ class Row:
     memory: bool = False
     summary_size: int | None = None
     peer_sizes: tuple | None = None  # where the peer takes too long at some
+    once: tuple = ()  # sizes at which our benchmark runs once only, as its name then says
 
     def ours_at(self, size):
-        return self.ours.format(size)
+        return self.ours.format(size) + ("/iterations:1" if size in self.once else "")
 
     def peer_at(self, size):
         return self.peer.format(size) if self.peer and size in (self.peer_sizes or self.sizes) else None
@@ -100,6 +101,15 @@ for peer, name in [("polyclipping", "PeerDenseRandom/{}"), ("GEOS", "GeosPeerDen
         peer_sizes=(100, 1000),
         growth="there are n² crossings, and each is a vertex of the result"))
 
+SHAPING = [
+    Row(f"shaping: {label}", "shaping_bench", f"{kind}Union/{{}}", f"Peer{kind}Union/{{}}", THOUSANDS, "curves", text,
+        mark=mark, peer_sizes=(1000, 10000), once=(100000,), summary_size=10000)
+    for label, kind, mark, text in [
+        ("smooth", "Wavy", 3.0, "crossings of curves, and the exact sweep over their pieces"),
+        ("near-coincident", "NearlySame", 1.0, "long stretches that nearly coincide, which are cut into many pieces"),
+        ("circle grids", "DiscGrid", 1.0, "crossings of curves, and putting contours together again")]
+]
+
 RASTERS = [
     *[Row(f"thinning, strokes of {width} px", "skeleton_bench", f"Thin/size:{{}}/width:{width}",
           f"ThinPeer/size:{{}}/width:{width}", PICTURES if width == 30 else (4000,), "px",
@@ -144,4 +154,4 @@ SHAPES = [
         "fitting the offset curves"),
 ]
 
-ROWS = TRACING + SEGMENTS + CLIPPING + RASTERS + SHAPES
+ROWS = TRACING + SEGMENTS + CLIPPING + SHAPING + RASTERS + SHAPES

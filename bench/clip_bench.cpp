@@ -286,7 +286,7 @@ BENCHMARK(RoughDisc)->Apply(Decades);
 BENCHMARK(Loop)->Apply(Decades);
 BENCHMARK(CrossingPolygon)->Apply(Decades);
 BENCHMARK(Grid)->Apply(Decades);
-BENCHMARK(DenseRandom)->Apply(DenseSizes)->Arg(10000)->Iterations(1);
+BENCHMARK(DenseRandom)->Apply(DenseSizes)->Arg(10000);
 BENCHMARK(SeparateRing)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(NestedRing)->Arg(1000)->Unit(benchmark::kMillisecond);
 

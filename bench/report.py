@@ -40,7 +40,8 @@ class Runner:
         if not os.path.exists(file) and not self.measure(program, name, file):
             return
         with open(file, encoding="utf-8") as opened:
-            runs = [run for run in json.load(opened)["benchmarks"] if not run.get("error_occurred")]
+            runs = [run for run in json.load(opened)["benchmarks"]
+                    if run.get("run_type") == "iteration" and not run.get("error_occurred")]
         if not runs:
             self.reasons[program, name] = "failed"
             return
@@ -162,6 +163,24 @@ def memory(runner, rows):
     return table(["Question", "Size", "Tarvex, MB", "Peer, MB", "Ratio", "Met"], lines)
 
 
+def battery(programs):
+    """What comes of degenerate pairs of shapes: each side's verdict, beside the pair's name."""
+    program = os.path.join(programs, "shaping_bench")
+    if not os.path.exists(program):
+        return ""
+    done = subprocess.run([program, "--benchmark_filter=BatteryUnion", "--benchmark_format=json"], text=True,
+                          capture_output=True, timeout=LONGEST, check=False)
+    if done.returncode != 0:
+        return ""
+    verdicts = {}
+    for run in json.loads(done.stdout)["benchmarks"]:
+        name, _, verdict = run.get("label", "").partition(": ")
+        verdicts.setdefault(name, {})["Peer" if "Peer" in run["name"] else "Tarvex"] = verdict
+    lines = [[name, sides.get("Tarvex", "–"), sides.get("Peer", "–")] for name, sides in verdicts.items()]
+    return "\n## Degenerate pairs\n\nThe union of shapes that touch, share edges or are the same.\n\n" + table(
+        ["Pair", "Tarvex", "lib2geom"], lines)
+
+
 def growth(runner, rows):
     lines = []
     for row in rows:
@@ -226,7 +245,7 @@ Of the whole process, the picture included.
 The exponent e of time = c · n^e, fitted to the sizes; n counts what the size counts (of square pictures, the
 pixels). 1 is linear; n log n shows as 1.1 or so, and what leaves the caches on the way adds to it.
 
-{growth(runner, rows)}"""
+{growth(runner, rows)}{battery(programs)}"""
 
 
 def main():
