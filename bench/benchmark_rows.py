@@ -60,7 +60,7 @@ TRACING = [
     Row(f"outline tracing, grey: {name}", "trace_bench", f"Outlines/{kind}/{{}}", f"PeerPotrace/{kind}/{{}}",
         TRACED, "px", bound, mark=0.5, square=True, memory=True)
     for name, kind, bound in [
-        ("blobs", "Blobs", "a byte for each pixel is read instead of a bit, and every outline fitted"),
+        ("blobs", "Blobs", "corners and straight edges are looked for, and points placed by the greys, before curves are fitted"),
         ("text", "Text", "the same"),
         ("line art", "LineArt", "the same")]
 ]
@@ -74,7 +74,7 @@ SEGMENTS = [
         "FlattenSetPeerWriting/{}", MILLION, "segments",
         "memory: the points are gathered, then copied into an array of just their size", mark=3.0),
     Row("arc length, default resolution", "bezier_bench", "LengthDefault", "LengthPeerDefault", (1,), "",
-        "as many chords as the rule settles on", mark=1.0),
+        "the same 20 480 chords as below: the rule compares with ten chords, which are not near enough here", mark=1.0),
     Row("arc length, fine resolution", "bezier_bench", "Length", "LengthPeer", (1,), "",
         "the rule asks for 20 480 chords, each with a root and in one order of adding; integrating needs some dozens "
         "of values, but gives other bits", mark=1.0),
@@ -120,9 +120,9 @@ RASTERS = [
     Row("region fill and smoothing, exact colour", "region_bench", "Flat/{}", "PeerFlat/{}", PICTURES, "px",
         "reading the picture twice; ours also traces the outlines", mark=1.0, square=True),
     Row("colour reduction, photo-like", "color_bench", "ReducePhoto/{}", "PeerReducePhoto/{}", (200, 632, 2000), "px",
-        "the filter, which looks at 25 pixels for each", mark=1.0, square=True),
+        "the filter, which looks at 25 pixels for each pixel", mark=1.0, square=True),
     Row("colour reduction, flat", "color_bench", "ReduceClipArt/{}", "PeerReduceClipArt/{}", (200, 632, 2000), "px",
-        "one look at each pixel", mark=0.2, square=True),
+        "one look at each pixel, and the filter", mark=0.2, square=True),
     Row("edges", "edges_bench", "Canny/{}", "PeerOpenCvCanny/{}", PICTURES, "px",
         "smoothing and slopes in whole rows; the peer has code for this processor's wider registers", mark=2.0,
         square=True),
