@@ -79,7 +79,7 @@ FilePlan Complete(ShapeArguments& arguments) {
     inputs.pop_back();
     if (options.b.path == "-" && (inputs.size() > 1 || inputs.front() == "-"))
         throw CLI::ValidationError("B", "standard input can be one of the drawings, not both");
-    const FilePlan plan = PlanFiles(arguments.files, OUTLINE_FORMATS, arguments.format);
+    FilePlan plan = PlanFiles(arguments.files, OUTLINE_FORMATS, arguments.format);
     options.format = static_cast<Format>(plan.format);
     if (options.byRaster && options.operation == SHAPING_XOR) {
         throw CLI::ValidationError("--raster",
