@@ -5,6 +5,7 @@ import json
 import math
 import os
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -63,16 +64,21 @@ class Runner:
         # Started by a small program: Linux counts a process's peak from the memory of the one that starts it.
         command = [os.path.join(self.programs, "measure"), os.devnull, executable, f"--benchmark_filter=^{re.escape(name)}$", "--benchmark_min_time=0.1",
                    "--benchmark_repetitions=2", f"--benchmark_out={part}", "--benchmark_out_format=json"]
-        try:
-            done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
-                                  timeout=self.longest, check=False)
-        except subprocess.TimeoutExpired:
+        # In a group of its own, so that giving up ends the benchmark and not only what started it.
+        with subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                              start_new_session=True) as process:
+            try:
+                _, errors = process.communicate(timeout=self.longest)
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)
+                errors = None
+        if errors is None:
             with open(file, "w", encoding="utf-8") as opened:
                 json.dump({"benchmarks": [], "reason": f"over {self.longest:g} s"}, opened)
             return True
-        if done.returncode != 0 or not os.path.exists(part) or os.path.getsize(part) == 0:
+        if process.returncode != 0 or not os.path.exists(part) or os.path.getsize(part) == 0:
             self.reasons[program, name] = "failed"
-            wrong = [line for line in done.stderr.splitlines() if "wrong answer" in line]
+            wrong = [line for line in errors.splitlines() if "wrong answer" in line]
             print("\n".join(wrong or ["  nothing measured"]), file=sys.stderr)
             return False
         os.replace(part, file)
