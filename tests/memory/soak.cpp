@@ -48,7 +48,8 @@ template <class Work>
 void ExpectMemoryStaysFlat(Work work) {
     const GreyPicture picture = RingAndBar(20, 16);
     const UniqueBitmap bitmap = MonoBitmap(picture);
-    long blocks = 0, resident = 0;
+    long blocks = 0;
+    [[maybe_unused]] long resident = 0;
     std::size_t bytes = 0;
     for (int i = 0; i < ROUNDS; ++i) {
         if (i == ROUNDS / 10) {
