@@ -28,17 +28,17 @@ flat() {
 }
 
 palette_table() {
-    local picture wanted found apart pictures=0 all=0 has=0 missing=0 has_apart=0
+    local picture wanted found apart pictures=0 all=0 has=0 incomplete=0 has_apart=0
     while read -r picture; do
         read -r wanted found < <(flat "$picture" --colors 16) || continue
         read -r wanted apart < <(flat "$picture" --colors 64 --level=-23)
         pictures=$((pictures + 1)) all=$((all + wanted)) has=$((has + found)) has_apart=$((has_apart + apart))
         if [ "$found" -lt "$wanted" ]; then
-            missing=$((missing + 1))
+            incomplete=$((incomplete + 1))
             say "$((wanted - found)) of $wanted missing: ${picture#"$clipart/"}"
         fi
     done < <(find "$clipart" -type f -name '*.png' ! -path '*/shapes/*' -size -200k | sort | awk 'NR % 22 == 5' | head -n 60)
-    echo "flat colours over 1%: $all in $pictures pictures, $has in the palette; $missing pictures miss some"
+    echo "flat colours over 1%: $all in $pictures pictures, $has in the palette; $incomplete pictures miss some"
     echo "with --colors 64 --level -23: $has_apart in the palette"
 }
 

@@ -46,10 +46,10 @@ struct CentreLineOptions {
 ///     CPolyPolyWidth widths;
 ///     tracer.DoTrace({}, strokes, widths);
 ///
-/// The lines are thinned as CSkeleton does it, and then placed by the greys at their edges. What a junction bends
-/// is mended: strokes that go straight on
-/// through it become one, two that cross at a slant cross in one place, a third arm runs on to the stroke
-/// that passes. Straight lines are straight segments, corners are corners.
+/// The lines are thinned as CSkeleton does it, and then placed by the greys at their edges. What a junction
+/// bends is mended: strokes that go straight on through it become one, two that cross at a slant cross in one
+/// place, a third arm runs on to the stroke that passes. Straight lines are straight segments, corners are
+/// corners.
 ///
 /// Different objects may be used on different threads.
 class TARVEX_API CImageTrace {
@@ -69,8 +69,8 @@ class TARVEX_API CImageTrace {
     /// have their centres, so drawn with round ends it is as long as it was. A dot is a contour of two equal
     /// nodes.
     ///
-    /// Widths are those of the drawing to about half a pixel, and closer where greys show it. In junctions they are carried on from beside
-    /// them.
+    /// Widths are those of the drawing to about half a pixel, and closer where greys show it. In junctions
+    /// they are carried on from beside them.
     ///
     /// False, with both lists empty, when there is no picture or `progress` asked to stop. Time is
     /// proportional to the picture's pixels; memory is about 16 bytes for each at most.

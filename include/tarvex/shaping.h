@@ -59,9 +59,9 @@ enum ShapingOperation : int {
 /// scale small drawings up: outlines of some 10,000 units across combine best. Where polylines of
 /// that resolution cross and the curves do not, they are refined, at most ten times, by half each.
 /// Pieces of curves that run along each other (within 1e-8) are recognised as one, and curves that leave a
-/// node in one direction meet there once, however long they stay that near to each other. Curves that touch or run
-/// side by side at less than about a millionth of their length without being the same can still be taken for
-/// crossing or not: the area that costs is below that millionth of the length.
+/// node in one direction meet there once, however long they stay that near to each other. Curves that touch
+/// or run side by side at less than about a millionth of their length without being the same can still be
+/// taken for crossing or not: the area that costs is below that millionth of the length.
 ///
 /// Shapes larger than 100,000 units are flattened at a ten-thousandth of their size.
 ///

@@ -241,8 +241,11 @@ TEST(Skeleton, MovesByAPixelAtMostWhenThePictureIsTurnedOrMirrored) {
     for (int i = 0; i < 20; ++i) {
         BitPicture shape(120, 100);
         const DPOINT crossing{50 + below(20), 40 + below(20)};
-        for (const DPOINT tip : {DPOINT{12, 12}, {108, 20}, {60, 90}})
-            DrawStroke(shape, {tip.x + below(4), tip.y - below(4)}, crossing, 2 + below(4));
+        for (const DPOINT tip : {DPOINT{12, 12}, {108, 20}, {60, 90}}) {
+            const double width = 2 + below(4);  // in a statement of its own: the same for every compiler
+            const DPOINT end{tip.x + below(4), tip.y - below(4)};
+            DrawStroke(shape, end, crossing, width);
+        }
         for (const unsigned symmetry : {1U, 2U, 3U}) {  // and what is symmetric has a symmetric one
             BitPicture both = shape;
             const BitPicture mirrored = Turned(shape, symmetry);
