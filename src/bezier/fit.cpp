@@ -167,7 +167,7 @@ template <class Difference>
 DPOINT UnitVector(Difference difference) {
     constexpr double factor = 0x1p-520;  // leaves the square of the longest finite and of the shortest not 0
     const DPOINT v = difference(1.0);
-    return Normalized(std::isinf(Length(v)) ? difference(factor) : v);
+    return Normalized(std::isfinite(Length(v)) ? v : difference(factor));
 }
 
 DPOINT UnitStep(DPOINT from, DPOINT to) {
@@ -287,6 +287,7 @@ class Fitter {
         if (!attempt.isSound && IsAllFinite(range, view)) return FitFar(range, view);
         if (!attempt.fits) {
             const auto worst = LastWorst(m_squares + range.first, view.count, attempt.greatest);
+            if (!worst && IsAllFinite(range, view)) return FitFar(range, view);
             // When no distance is a number, the number (from the start of the run) of half the points.
             return worst ? range.first + *worst : view.count / 2;
         }

@@ -106,8 +106,10 @@ inline void TraceShape(const NamedShape& shape, CPolyPolyBezier& outlines) {
     for (int y = 0; y < shape.size; ++y) {
         for (int x = 0; x < shape.size; ++x) {
             int covered = 0;
-            for (int k = 0; k < samples * samples; ++k)
-                covered += shape.inside(x + (k % samples + 0.5) / samples, y + (k / samples + 0.5) / samples);
+            for (int k = 0; k < samples * samples; ++k) {
+                const int column = k % samples, row = k / samples;
+                covered += shape.inside(x + (column + 0.5) / samples, y + (row + 0.5) / samples);
+            }
             picture.At(x, y) = static_cast<std::uint8_t>(255 - covered * 255 / (samples * samples));
         }
     }

@@ -102,10 +102,13 @@ DPOINT EdgePlacer::Place(DPOINT p) const {
         const double here = std::log(steepness);
         const double forth = logAt(1);
         const double bend = back - 2 * here + forth;
-        if (!(bend < 0)) return p;
+        if (!(bend < 0) || std::isinf(bend)) return p;  // nothing but flat on one side
         place = Plus(place, Times(uphill, std::clamp((back - forth) / (2 * bend), -1.0, 1.0)));
     }
-    const DPOINT moved = Plus(middle, place);
+    // Beside the picture nothing is known: no point goes farther out than it was.
+    const DPOINT reached = Plus(middle, place);
+    const DPOINT moved{std::clamp(reached.x, std::min(p.x, 0.0), std::max(p.x, m_picture.width - 1.0)),
+                       std::clamp(reached.y, std::min(p.y, 0.0), std::max(p.y, m_picture.height - 1.0))};
     return Distance(moved, p) <= kMostShift ? moved : p;
 }
 
