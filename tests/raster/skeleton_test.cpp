@@ -236,7 +236,9 @@ double FarthestFrom(const BitPicture& a, const BitPicture& b) {
 
 TEST(Skeleton, MovesByAPixelAtMostWhenThePictureIsTurnedOrMirrored) {
     std::mt19937 random(3);
-    const auto below = [&random](unsigned bound) { return static_cast<double>(random() % (8 * bound)) / 8; };
+    const auto below = [&random](unsigned bound) {
+        return static_cast<double>(random() % (8UL * bound)) / 8;
+    };
     int lopsided = 0;
     for (int i = 0; i < 20; ++i) {
         BitPicture shape(120, 100);

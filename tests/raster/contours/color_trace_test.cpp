@@ -203,7 +203,8 @@ TEST(TraceRegions, BordersRunWhereSmoothedEdgesSay) {
             int inside = 0;
             for (int k = 0; k < 256; ++k) {
                 const double u = x + (k % 16 + 0.5) / 16 - centre;
-                const double v = y + (k / 16 + 0.5) / 16 - centre;
+                const int row = k / 16;
+                const double v = y + (row + 0.5) / 16 - centre;
                 inside += std::hypot(u, v) < radius ? 1 : 0;
             }
             const auto mix = [&](int a, int b) {

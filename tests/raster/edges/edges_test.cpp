@@ -270,7 +270,8 @@ TEST(EdgeDetect, BitmapsAreTakenByTheirLuminanceAndLeftAsTheyAre) {
             }
         }
         auto* const bytes = static_cast<std::uint8_t*>(bitmap.bmBits);
-        const std::vector<std::uint8_t> before(bytes, bytes + bitmap.bmWidthBytes * bitmap.bmHeight);
+        const std::vector<std::uint8_t> before(bytes,
+                                               bytes + std::ptrdiff_t{bitmap.bmWidthBytes} * bitmap.bmHeight);
         for (const EdgeMethod method : kMethods) {
             EdgeOptions options;
             options.method = method;
@@ -284,7 +285,7 @@ TEST(EdgeDetect, BitmapsAreTakenByTheirLuminanceAndLeftAsTheyAre) {
             EXPECT_EQ(count, found.pixels.size());
             EXPECT_GT(count, 100u);
         }
-        EXPECT_EQ(before, std::vector(bytes, bytes + bitmap.bmWidthBytes * bitmap.bmHeight));
+        EXPECT_EQ(before, std::vector(bytes, bytes + std::ptrdiff_t{bitmap.bmWidthBytes} * bitmap.bmHeight));
     }
     CEdgeDetect edges;
     EXPECT_FALSE(edges.Detect(HBITMAP{nullptr}));
