@@ -64,7 +64,7 @@ std::string ZshValue(const Argument& argument) {
     return ':' + ZshText(argument.value) + ':' + action;
 }
 
-/// The specification of one option under each of its names, which exclude each other.
+/// What zsh is told of one option: a line for each of its names, which exclude each other.
 void WriteZshOption(std::ostream& out, const Argument& option) {
     for (const std::string& name : option.names) {
         const bool isLong = name.starts_with("--");
