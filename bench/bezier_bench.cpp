@@ -68,10 +68,7 @@ void RequireClose(const Run& run, const CArray<BEZIER, BEZIER>& segments) {
         double nearest = 1e100;
         for (int s = 0; s < segments.GetSize(); ++s)
             nearest = std::min(nearest, DistanceToSegment(segments[s], run[i]));
-        if (!(nearest <= std::sqrt(kError) + 1e-9)) {
-            std::fprintf(stderr, "a fitted chain is %g away from a point\n", nearest);
-            std::abort();
-        }
+        RequireNear(nearest, 0, std::sqrt(kError) + 1e-9, "a fitted chain's distance from a point");
     }
 }
 
@@ -98,7 +95,7 @@ void FitBlobs(benchmark::State& state) {
 BENCHMARK(FitBlobs)->Unit(benchmark::kMillisecond);
 
 void FitOutline(benchmark::State& state) {
-    const Run run = LongOutline(static_cast<int>(state.range(0)));
+    const Run run = LongOutline(Size(state));
     CArray<BEZIER, BEZIER> segments;
     FitCurve(run.data(), static_cast<int>(run.size()), &segments, kError);
     RequireClose(run, segments);
@@ -270,7 +267,7 @@ void FitBlobsPeer(benchmark::State& state) {
 BENCHMARK(FitBlobsPeer)->Unit(benchmark::kMillisecond);
 
 void FitOutlinePeer(benchmark::State& state) {
-    const std::vector<Geom::Point> points = PointsOf(LongOutline(static_cast<int>(state.range(0))));
+    const std::vector<Geom::Point> points = PointsOf(LongOutline(Size(state)));
     std::vector<Geom::Point> beziers;
     int segments = 0;
     for (auto _ : state) benchmark::DoNotOptimize(segments = PeerFit(points, beziers));
@@ -309,7 +306,7 @@ BENCHMARK(FlattenSetPeer)->RangeMultiplier(10)->Range(10000, 1000000)->Unit(benc
 
 void LengthPeerTo(benchmark::State& state, double tolerance) {
     const Geom::CubicBezier curve = PeerArch();
-    Require(std::fabs(curve.length(1e-5) - kArch.GetLength()) <= 1e-2, "the lengths differ");
+    RequireNear(kArch.GetLength(), curve.length(1e-5), 1e-2, "the arc's length");
     for (auto _ : state) benchmark::DoNotOptimize(curve.length(tolerance));
 }
 void LengthPeerDefault(benchmark::State& state) { LengthPeerTo(state, CBezier(kArch).resolution); }
@@ -324,7 +321,7 @@ void NearestPointPeer(benchmark::State& state) {
         const Geom::Point found = curve.pointAt(curve.nearestTime(Geom::Point(p.x, p.y)));
         const DPOINT q = kArch.GetNearestCurvePoint(p);
         const double peer = std::hypot(found.x() - p.x, found.y() - p.y);
-        if (std::hypot(q.x - p.x, q.y - p.y) > peer + 1e-9) std::abort();
+        Require(std::hypot(q.x - p.x, q.y - p.y) <= peer + 1e-9, "the peer's point of the curve is nearer");
     }
     std::size_t i = 0;
     for (auto _ : state) {

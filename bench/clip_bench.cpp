@@ -199,10 +199,7 @@ void RequirePeersArea([[maybe_unused]] const Operands& operands, [[maybe_unused]
         peer += ClipperLib::Area(path);
     peer /= kScale * kScale;
     const double area = Area(result);
-    if (!(std::fabs(area - peer) <= 1e-4 * std::fabs(area))) {
-        std::fprintf(stderr, "the union has an area of %.9g, polyclipping's %.9g\n", area, peer);
-        std::abort();
-    }
+    RequireNear(area, peer, 1e-4 * std::fabs(area), "the union's area beside polyclipping's");
 #endif
 }
 

@@ -1,17 +1,11 @@
 // Offsets of a long ragged contour, at distances from a tenth of its sides to a thousand of them.
-#include <benchmark/benchmark.h>
-
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <numbers>
-#include <random>
-#include <vector>
 
+#include "support.h"
 #include "tarvex/bezier.h"
 #include "tarvex/geometry.h"
 
-namespace tarvex {
+namespace tarvex::bench {
 namespace {
 
 /// A closed coastline of at least `count` points that does not cross itself: the sides of an octagon, halved
@@ -49,16 +43,14 @@ void RequireDistance(const CArray<DPOINT, DPOINT>& contour, const CPolyPolyDPoin
             DPOINT nearest{};
             GetPolylineClosestPoint(contour, parts[i][k], nullptr, &nearest);
             const double d = std::hypot(nearest.x - parts[i][k].x, nearest.y - parts[i][k].y);
-            if (std::fabs(d - std::fabs(distance)) <= 0.0101) continue;
-            std::fprintf(stderr, "a point of the offset by %g is %g away\n", distance, d);
-            std::abort();
+            RequireNear(d, std::fabs(distance), 0.0101, "the distance of a point of the offset");
         }
     }
 }
 
 /// The distance is given in thousandths of the mean length of a side.
 void OffsetCoastline(benchmark::State& state) {
-    const CArray<DPOINT, DPOINT> contour = Coastline(static_cast<int>(state.range(0)));
+    const CArray<DPOINT, DPOINT> contour = Coastline(Size(state));
     const double side = GetPolylineLength(contour) / (contour.GetSize() - 1);
     const double distance = side * static_cast<double>(state.range(1)) / 1000;
     const OffsetOptions round{.mitreLimit = 2, .corner = OffsetCorner::round};
@@ -76,7 +68,7 @@ BENCHMARK(OffsetCoastline)
     ->Unit(benchmark::kMillisecond);
 
 void RemoveLoops(benchmark::State& state) {
-    const CArray<DPOINT, DPOINT> contour = Coastline(static_cast<int>(state.range(0)));
+    const CArray<DPOINT, DPOINT> contour = Coastline(Size(state));
     for (auto _ : state) {
         const CPolyPolyDPoint parts = RemovePolylineLoops(contour, 1);
         benchmark::DoNotOptimize(parts.GetData());
@@ -87,7 +79,7 @@ BENCHMARK(RemoveLoops)->Arg(15000)->Arg(120000)->Unit(benchmark::kMillisecond);
 
 void OffsetBezierOutline(benchmark::State& state) {
     CArray<BPOINT, BPOINT> nodes;
-    const int count = static_cast<int>(state.range(0));
+    const int count = Size(state);
     for (int i = 0; i <= count; ++i) {
         const double angle = 2 * std::numbers::pi * (i % count) / count;
         const double radius = 1000 + 100 * std::cos(angle * 20);
@@ -106,4 +98,4 @@ void OffsetBezierOutline(benchmark::State& state) {
 BENCHMARK(OffsetBezierOutline)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-}  // namespace tarvex
+}  // namespace tarvex::bench

@@ -1,19 +1,12 @@
 // Unions of curved outlines, beside lib2geom's on the same curves, and how both take pairs that touch, share
 // edges or are the same. Areas are compared before anything is timed; the peer may throw, which is noted.
-#include <benchmark/benchmark.h>
-
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <numbers>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "support.h"
 #include "tarvex/clipper.h"
 #include "tarvex/shaping.h"
 
@@ -24,7 +17,7 @@
 #include <2geom/pathvector.h>
 #endif
 
-namespace tarvex {
+namespace tarvex::bench {
 namespace {
 
 using Nodes = std::vector<BPOINT>;
@@ -159,13 +152,11 @@ double CombinedArea(int op, const Operands& operands) {
 void RequireAreas(const Operands& operands) {
     const double both = AreaOf(Shape(operands.a)) + AreaOf(Shape(operands.b));
     const double sum = CombinedArea(SHAPING_UNION, operands) + CombinedArea(SHAPING_INTERSECTION, operands);
-    if (std::fabs(sum - both) <= 2e-3 * both) return;
-    std::fprintf(stderr, "union and intersection have %.12g together, the operands %.12g\n", sum, both);
-    std::abort();
+    RequireNear(sum, both, 2e-3 * both, "the area of union and intersection beside that of the operands");
 }
 
 void Union(benchmark::State& state, const Operands& operands) {
-    if (state.range(0) <= 10000) RequireAreas(operands);
+    if (Size(state) <= 10000) RequireAreas(operands);
     const CPolyPolyBezier a = Shape(operands.a), b = Shape(operands.b);
     int nodes = 0;
     for (auto _ : state) {
@@ -180,8 +171,6 @@ void Union(benchmark::State& state, const Operands& operands) {
     }
     state.counters["nodes"] = nodes;
 }
-
-int Size(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
 
 void WavyUnion(benchmark::State& state) { Union(state, WavyOutlines(Size(state))); }
 void NearlySameUnion(benchmark::State& state) { Union(state, NearlyTheSame(Size(state))); }
@@ -357,4 +346,4 @@ BENCHMARK(PeerBatteryUnion)->Apply(Pairs);
 #endif
 
 }  // namespace
-}  // namespace tarvex
+}  // namespace tarvex::bench

@@ -1,6 +1,6 @@
 // What the benchmarks share: square one-bit pictures, counters, and even random numbers.
 //
-// A benchmark that finds its answer wrong calls Require, which ends the run: a wrong answer has no time.
+// A benchmark that finds its answer wrong ends the run by Require or RequireNear: a wrong answer has no time.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -21,6 +21,12 @@ namespace tarvex::bench {
 inline void Require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "wrong answer: %s\n", what);
+    std::abort();
+}
+
+inline void RequireNear(double value, double wanted, double slack, const char* what) {
+    if (std::fabs(value - wanted) <= slack) return;
+    std::fprintf(stderr, "wrong answer: %s: %.12g, not %.12g\n", what, value, wanted);
     std::abort();
 }
 

@@ -110,7 +110,7 @@ void Checkerboard(Picture& picture) {
 using Draw = void (*)(Picture&);
 
 void Trace(benchmark::State& state, Draw draw) {
-    Picture picture(static_cast<int>(state.range(0)));
+    Picture picture(Size(state));
     draw(picture);
     int contours = 0;
     double nodes = 0;
@@ -130,7 +130,7 @@ void Trace(benchmark::State& state, Draw draw) {
 /// The walks alone: every boundary is too short for what is asked, so none is fitted or marked, and each seed
 /// begins on an unmarked one.
 void WalkOnly(benchmark::State& state, Draw draw) {
-    Picture picture(static_cast<int>(state.range(0)));
+    Picture picture(Size(state));
     draw(picture);
     CShapeTrace tracer(picture.Handle());
     for ([[maybe_unused]] auto _ : state) {
@@ -164,7 +164,7 @@ void Outlines(benchmark::State& state, Draw draw) {
 
 #ifdef TARVEX_BENCH_POTRACE
 void PeerPotrace(benchmark::State& state, Draw draw) {
-    Picture picture(static_cast<int>(state.range(0)));
+    Picture picture(Size(state));
     draw(picture);
     constexpr int kWordBits = 8 * static_cast<int>(sizeof(potrace_word));
     const int rowWords = (picture.Size() + kWordBits - 1) / kWordBits;
