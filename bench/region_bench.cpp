@@ -40,12 +40,17 @@ Pixels Sheet(int size, int noise) {
     return picture;
 }
 
-void Region(benchmark::State& state, int noise, int tolerance) {
-    const Pixels picture = Sheet(Size(state), noise);
+/// Fills a 32-bit bitmap; the caller deletes it.
+HBITMAP BitmapOf(const Pixels& picture) {
     const HBITMAP bitmap = CImgProc::CreateBitmap32(picture.size, picture.size);
     BITMAP description{};
     GetObject(bitmap, static_cast<int>(sizeof description), &description);
     std::copy(picture.quads.begin(), picture.quads.end(), static_cast<RGBQUAD*>(description.bmBits));
+    return bitmap;
+}
+
+void Region(benchmark::State& state, int noise, int tolerance) {
+    const HBITMAP bitmap = BitmapOf(Sheet(Size(state), noise));
     int lines = 0;
     for ([[maybe_unused]] auto _ : state) {
         CAutoTrace tracer(bitmap, 96);
@@ -65,6 +70,47 @@ BENCHMARK(Fill)->Apply(Sizes);
 BENCHMARK(Flat)->Apply(Sizes);
 
 #if defined(TARVEX_BENCH_OPENCV)
+using Mask = cv::Mat;  // 1 inside
+
+/// Sets the pixels whose 5 x 5 window is filled for its greater part.
+void Smooth(const Mask& mask, Mask& shown) {
+    cv::Mat sums;
+    cv::boxFilter(mask, sums, -1, {5, 5}, {-1, -1}, false, cv::BORDER_REPLICATE | cv::BORDER_ISOLATED);
+    cv::threshold(sums, shown, 12, 1, cv::THRESH_BINARY);
+}
+
+/// Of all pixels, those that only one side fills: ours cuts means to whole levels, the peer rounds them.
+constexpr double kRounding = 1e-6;
+
+/// The pixels of the region that our outlines surround, by Pick's theorem: of an outline from pixel to pixel
+/// they are its area, half of its steps and 1. A hole's outline is the region's too, so its steps add as
+/// well.
+double PixelsWithin(const CPolyPolyDPoint& lines) {
+    double twice = 0;
+    int steps = 0;
+    for (int k = 0; k < lines.GetCount(); ++k) {
+        for (int i = 1; i < lines[k].GetSize(); ++i, ++steps) {
+            const DPOINT &a = lines[k][i - 1], &b = lines[k][i];
+            twice += a.x * b.y - b.x * a.y;
+        }
+    }
+    return (std::fabs(twice) + steps) / 2 + 2 - lines.GetCount();
+}
+
+/// Ours first grows to all eight sides, which is not timed for the peer.
+void RequireSameRegion(const Pixels& picture, int tolerance, const Mask& filled) {
+    const HBITMAP bitmap = BitmapOf(picture);
+    CAutoTrace tracer(bitmap, 96);
+    tracer.DoTrace(0, 0, nullptr, tolerance, false, false, false);
+    Mask grown, shown;
+    cv::dilate(filled.clone(), grown, cv::Mat::ones(3, 3, CV_8U));
+    Smooth(grown, shown);
+    const int wanted = cv::countNonZero(shown | grown);
+    const double slack = tolerance == 0 ? 0 : kRounding * wanted;
+    RequireNear(PixelsWithin(tracer.TracedLines()), wanted, slack, "the region's pixels beside the peer's");
+    DeleteObject(bitmap);
+}
+
 void PeerRegion(benchmark::State& state, int noise, int tolerance) {
     cv::setNumThreads(1);
     const Pixels picture = Sheet(Size(state), noise);
@@ -78,17 +124,17 @@ void PeerRegion(benchmark::State& state, int noise, int tolerance) {
         }
     }
     const cv::Scalar range = cv::Scalar::all(std::sqrt(tolerance / 3.0));
-    cv::Mat shown;
+    Mask filled, shown;
     for ([[maybe_unused]] auto _ : state) {
-        cv::Mat means = colors;
+        cv::Mat means;  // not a copy of `colors`, which would share its pixels and blur them
         if (tolerance != 0) cv::blur(colors, means, {3, 3});
         cv::Mat mask = cv::Mat::zeros(picture.size + 2, picture.size + 2, CV_8U);
-        cv::floodFill(means, mask, {0, 0}, {}, nullptr, range, range,
+        cv::floodFill(tolerance != 0 ? means : colors, mask, {0, 0}, {}, nullptr, range, range,
                       4 | cv::FLOODFILL_MASK_ONLY | cv::FLOODFILL_FIXED_RANGE | (1 << 8));
-        cv::Mat sums;
-        cv::boxFilter(mask, sums, -1, {5, 5}, {-1, -1}, false);
-        cv::threshold(sums, shown, 12, 1, cv::THRESH_BINARY);
+        filled = mask(cv::Rect(1, 1, picture.size, picture.size));  // without the frame that it needs
+        Smooth(filled, shown);
     }
+    RequireSameRegion(picture, tolerance, filled);
     state.counters["pixels"] = cv::countNonZero(shown);
 }
 void PeerFill(benchmark::State& state) { PeerRegion(state, kNoise, kTolerance); }
