@@ -116,15 +116,41 @@ namespace bg = boost::geometry;
 using WholePoint = bg::model::d2::point_xy<std::int32_t>;
 using Point = bg::model::d2::point_xy<double>;
 
+/// Twice the area that a closed ring surrounds, whichever way it runs.
+template <class At>
+std::int64_t TwiceArea(std::size_t points, At at) {
+    std::int64_t twice = 0;
+    for (std::size_t i = 1; i < points; ++i)
+        twice += std::int64_t{at(i - 1).x} * at(i).y - std::int64_t{at(i).x} * at(i - 1).y;
+    return std::abs(twice);
+}
+
+/// Both leave out points along the edges and repeat the first point, so they have as many.
+void RequireSameHull(const bg::model::polygon<WholePoint>& hull, const std::vector<tagPOINT>& cloud) {
+    CArray<tagPOINT, tagPOINT> ours = ArrayOf<tagPOINT>(cloud);
+    GetConvexHull(ours);
+    const auto& ring = hull.outer();
+    const auto count = static_cast<std::size_t>(ours.GetSize());
+    Require(ring.size() == count, "the hulls have different numbers of corners");
+    Require(TwiceArea(count, [&](std::size_t i) { return ours[static_cast<int>(i)]; }) ==
+                TwiceArea(count,
+                          [&](std::size_t i) {
+                              return tagPOINT{ring[i].x(), ring[i].y()};
+                          }),
+            "the hulls have different areas");
+}
+
 void PeerHull(benchmark::State& state) {
+    const std::vector<tagPOINT> points = Cloud(Size(state));
     bg::model::multi_point<WholePoint> cloud;
-    for (const tagPOINT& p : Cloud(Size(state))) cloud.emplace_back(p.x, p.y);
+    for (const tagPOINT& p : points) cloud.emplace_back(p.x, p.y);
     bg::model::polygon<WholePoint> hull;
     for ([[maybe_unused]] auto _ : state) {
         hull.clear();
         bg::convex_hull(cloud, hull);
         benchmark::DoNotOptimize(hull.outer().data());
     }
+    RequireSameHull(hull, points);
     state.counters["corners"] = static_cast<double>(hull.outer().size());
 }
 
@@ -158,8 +184,8 @@ void PeerClosest(benchmark::State& state) {
         DPOINT found{};
         GetPolylineClosestPoint(ours, p, nullptr, &found);
         const double distance = std::hypot(found.x - p.x, found.y - p.y);
-        Require(std::fabs(distance - bg::distance(Point(p.x, p.y), line)) <= 1e-6 * kRadius,
-                "the distances differ");
+        RequireNear(distance, bg::distance(Point(p.x, p.y), line), 1e-6 * kRadius,
+                    "the distance of the closest point");
     }
     std::size_t i = 0;
     for ([[maybe_unused]] auto _ : state) {
