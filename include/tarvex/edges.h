@@ -100,7 +100,10 @@ class TARVEX_API CEdgeDetect {
     /// lines (see CSkeleton::Output, whose promises and coordinates these are).
     /// Curves run between pixels: where the picture, smoothed by a Gaussian of
     /// the sigma given (1 to 3 pixels), is steepest. Without noise that is
-    /// within a fifth of a pixel of a border that bends gently.
+    /// within a fifth of a pixel of a smooth border that bends gently. Where a
+    /// border is stairs, as in pictures of two levels, or noise scatters the
+    /// points, curves follow them less closely, to about half a pixel,
+    /// and have few nodes still.
     /// False, with `out` empty, when there is no bitmap or no memory.
     bool Output(CPolyPolyBezier& out) const;
 

@@ -1,5 +1,6 @@
 // CEdgeDetect: pictures as rows of levels, and the result as a bitmap.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "raster/dib.h"
 #include "raster/edges/edge_map.h"
 #include "raster/edges/edge_place.h"
+#include "raster/edges/scatter.h"
 #include "raster/skeleton/line_graph.h"
 #include "raster/skeleton/thinning.h"
 #include "tarvex/raster.h"
@@ -21,7 +23,18 @@ namespace {
 
 constexpr float kMiddleLevel = 127.5F;
 constexpr double kMostStep = 511;
-constexpr double kCurveTolerance = 0.1;  // pixels
+
+/// How closely curves follow their points, in pixels. Where edges are smooth, points are right to the
+/// closest; stairs scatter them by so much that a curve should leave the single stair alone.
+constexpr double kSmoothScatter = 0.03;
+constexpr double kSmoothTolerance = 0.1;
+constexpr double kStairScatter = 0.06;
+constexpr double kStairTolerance = 0.4;
+
+double ToleranceFor(double scatter) {
+    const double part = (scatter - kSmoothScatter) / (kStairScatter - kSmoothScatter);
+    return std::lerp(kSmoothTolerance, kStairTolerance, std::clamp(part, 0.0, 1.0));
+}
 
 class GreyRows : public LevelRows {
   public:
@@ -182,7 +195,7 @@ bool CEdgeDetect::Output(CPolyPolyBezier& out) const {
         }
         centerline::StrokeRules rules;
         rules.joinsStraight = false;
-        centerline::StrokeFitter fitter(kCurveTolerance, centerline::StrokeEnds::kept);
+        centerline::StrokeFitter fitter(ToleranceFor(ScatterOf(graph.lines)), centerline::StrokeEnds::kept);
         ContourAppender appender(static_cast<COwningList<CArray<BPOINT, BPOINT>>&>(out));
         for (const centerline::Stroke& stroke : centerline::FindStrokes(graph, edges, rules)) {
             const centerline::FittedStroke fitted = fitter.Fit(stroke);

@@ -315,25 +315,37 @@ TEST(EdgeDetect, OddPicturesAndOptionsHaveDefinedResults) {
     }
 }
 
-TEST(EdgeDetect, CurvesRunWithinAFifthOfAPixelOfTheBorder) {
-    for (const double radius : {16.0, 25.0, 40.3}) {
-        const DPOINT centre{64.3, 59.8};
-        const Grey picture = Drawn(128, 120, Disc(centre.x, centre.y, radius), 60, 200, 0);
-        for (const EdgeMethod method : kMethods) {
-            SCOPED_TRACE(std::to_string(radius) + (method == EdgeMethod::Canny ? " Canny" : " Shen-Castan"));
-            CEdgeDetect edges;
-            EdgeOptions options;
-            options.method = method;
-            ASSERT_TRUE(edges.Detect(picture.View(), options));
-            CPolyPolyBezier curves;
-            ASSERT_TRUE(edges.Output(curves));
-            ASSERT_EQ(curves.GetSize(), 1);
-            EXPECT_TRUE(curves[0][0].pt == curves[0][curves[0].GetUpperBound()].pt) << "closed";
-            EXPECT_LE(curves[0].GetSize(), 13) << "smooth";
-            CArray<DPOINT, DPOINT> points;
-            GetPolyline(curves[0], points, 0.05);
-            for (int k = 0; k < points.GetSize(); ++k)
-                EXPECT_NEAR(std::hypot(points[k].x - centre.x, points[k].y - centre.y), radius, 0.2);
+TEST(EdgeDetect, CurvesAreCloseToSmoothBordersAndSimpleAlongStairs) {
+    struct Case {
+        const char* border;
+        double sharpness;  // levels per distance: a pixel wide, or a jump
+        double noise;
+        double within;
+        int nodes;
+    };
+    for (const Case& c :
+         {Case{"smooth", 1, 0, 0.2, 7}, {"stairs", 1e9, 0, 0.6, 7}, {"stairs", 1e9, 4, 0.6, 7}}) {
+        for (const double radius : {16.0, 25.0, 40.3}) {
+            const DPOINT centre{64.3, 59.8};
+            const Inside disc = Disc(centre.x, centre.y, radius);
+            const Grey picture = Drawn(
+                128, 120, [&](double x, double y) { return c.sharpness * disc(x, y); }, 60, 200, c.noise);
+            for (const EdgeMethod method : kMethods) {
+                SCOPED_TRACE(std::string(c.border) + " of radius " + std::to_string(radius) +
+                             (method == EdgeMethod::Canny ? " Canny" : " Shen-Castan"));
+                CEdgeDetect edges;
+                EdgeOptions options{method, 1.4, EdgeThresholds{20, 80}};
+                ASSERT_TRUE(edges.Detect(picture.View(), options));
+                CPolyPolyBezier curves;
+                ASSERT_TRUE(edges.Output(curves));
+                ASSERT_EQ(curves.GetSize(), 1);
+                EXPECT_TRUE(curves[0][0].pt == curves[0][curves[0].GetUpperBound()].pt) << "closed";
+                EXPECT_LE(curves[0].GetSize(), c.nodes);
+                CArray<DPOINT, DPOINT> points;
+                GetPolyline(curves[0], points, 0.05);
+                for (int k = 0; k < points.GetSize(); ++k)
+                    EXPECT_NEAR(std::hypot(points[k].x - centre.x, points[k].y - centre.y), radius, c.within);
+            }
         }
     }
 }
