@@ -57,11 +57,8 @@ void LoadAndStore(std::span<const std::uint8_t> data) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
+void TryInput(Input input) {
     using Load = void (*)(std::span<const std::uint8_t>);
     static constexpr Load kinds[] = {
         LoadAndStore<CArray<double, double>>,
@@ -77,8 +74,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         LoadAndStore<CDWordArray>,
         LoadAndStore<CTrigArray>,
     };
-    Input input(data, size);
     const auto kind = static_cast<std::size_t>(input.TakeBetween(0, static_cast<int>(std::size(kinds)) - 1));
     kinds[kind](input.Rest());
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -56,12 +56,8 @@ void RequireConsistent(const CPolyPolyDPoint& regions, const CPolyPolyInclinatio
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const bool check = (input.Take<std::uint8_t>() & 1) != 0;
     const double scale = input.Take<double>();
     const UniqueBitmap image = TakePicture(input);
@@ -73,5 +69,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(done == (breakUp.End() == BreakUpEnd::Done), "a reason for every failure");
     Require(done != regions.IsEmpty(), "regions on success only");
     RequireConsistent(regions, inclinations);
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

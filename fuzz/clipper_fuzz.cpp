@@ -108,16 +108,14 @@ void TryText(std::string_view text) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     if (input.TakeBetween(0, 3) == 0) {
         const auto rest = input.Rest();
         TryText({reinterpret_cast<const char*>(rest.data()), rest.size()});
     } else {
         TryOperations(input);
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -96,12 +96,8 @@ bool IsOnFrame(const Bits& c, const Picture& picture) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     RegionOptions options;
     const int wild = input.TakeBetween(0, 15);
     options.minPoints = wild == 1 ? input.Take<std::int32_t>() : input.TakeBetween(0, 12);
@@ -137,5 +133,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(back != segments.end() || !isWhole, "there is no gap between tiles");
         Require(back == segments.end() || back->second == count, "a border belongs to two tiles");
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -61,12 +61,8 @@ void CheckContour(const CArray<BPOINT, BPOINT>& contour, const GreyView& picture
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     OutlineOptions options = TakeOptions(input);
     const Drawing drawing = TakePicture(input);
     double part = 0;
@@ -81,5 +77,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(TraceOutlines(drawing.view, options, out) == can, "only what is documented is refused");
     Require(can || out.IsEmpty(), "a refusal leaves nothing");
     for (int i = 0; i < out.GetSize(); ++i) CheckContour(out[i], drawing.view);
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -20,7 +20,9 @@ std::vector<std::uint8_t> BitsOf(const CEdgeDetect& edges, int width, int height
     return {bytes, bytes + static_cast<std::ptrdiff_t>(bitmap.bmWidthBytes) * height};
 }
 
-void Detect(Input& input) {
+}  // namespace
+
+void TryInput(Input input) {
     EdgeOptions options;
     const int kind = input.TakeBetween(0, 7);
     options.method = (kind & 1) != 0 ? EdgeMethod::ShenCastan : EdgeMethod::Canny;
@@ -48,12 +50,4 @@ void Detect(Input& input) {
     }
 }
 
-}  // namespace
 }  // namespace tarvex::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex::fuzz;
-    Input input(data, size);
-    Detect(input);
-    return 0;
-}

@@ -62,16 +62,14 @@ void Approximate(Input& input) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int kind = input.TakeBetween(0, COORDINATE_KINDS + 1);
     if (kind > COORDINATE_KINDS) {
         Approximate(input);
     } else {
         Measure(input, kind);
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -41,15 +41,13 @@ void Kern(Input& input) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     if (input.TakeBetween(0, 1) == 0) {
         ParseOutline(input);
     } else {
         Kern(input);
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -41,4 +41,7 @@ class Input {
     std::span<const std::uint8_t> m_bytes;
 };
 
+/// Tries the program's subject on an input; each program has its own.
+void TryInput(Input input);
+
 }  // namespace tarvex::fuzz

@@ -191,17 +191,13 @@ void Wind(Input& input) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int what = input.TakeBetween(0, 6);
     const int kind = input.TakeBetween(0, COORDINATE_KINDS);
     if (what == 6) {
         Wind(input);
-        return 0;
+        return;
     }
     CArray<BPOINT, BPOINT> contour;
     TakeContour(input, kind, 10, contour);
@@ -211,5 +207,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (what == 3) Turn(input, contour);
     if (what == 4) Measure(input, kind, contour);
     if (what == 5) Stitch(input, kind, contour);
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -119,21 +119,17 @@ void Reorder(Input& input, int kind) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int what = input.TakeBetween(0, 4);
     const int kind = input.TakeBetween(0, COORDINATE_KINDS);
     if (what == 0) {
         MoveShape(input, kind % 2);
-        return 0;
+        return;
     }
     if (what == 4) {
         Reorder(input, kind);
-        return 0;
+        return;
     }
     const OffsetOptions options = TakeOptions(input);
     const double distance = kind < 2 ? input.Take<std::int16_t>() / 256.0
@@ -143,7 +139,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         TakeContour(input, kind, 8, contour);
         MoveContour(contour, options, distance,
                     [](const auto& c, double d, const OffsetOptions& o) { return ShrinkBezier(c, d, o); });
-        return 0;
+        return;
     }
     CArray<DPOINT, DPOINT> contour;
     TakePolyline(input, kind, contour);
@@ -154,5 +150,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         MoveContour(contour, options, distance,
                     [](const auto& c, double d, const OffsetOptions&) { return RemovePolylineLoops(c, d); });
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -9,10 +9,9 @@
 #include "tarvex/colors.h"
 #include "tarvex/raster.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+namespace tarvex::fuzz {
+
+void TryInput(Input input) {
     const int level = input.Take<std::int32_t>();
     const int wanted = input.TakeBetween(0, 40);
     // Runs of colours: a length, then a colour. Larger pictures take the other scale factors.
@@ -57,5 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Require(c == reduced.At(x, y), "the plain rules' picture");
         }
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

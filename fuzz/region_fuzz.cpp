@@ -22,12 +22,8 @@ test::ColourPicture TakePicture(Input& input) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int x = input.TakeBetween(-2, 66), y = input.TakeBetween(-2, 50);
     const int tolerance = input.Take<std::uint16_t>();
     const bool smooth = (input.Take<std::uint8_t>() & 1) != 0;
@@ -60,5 +56,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CPolyPolyInclination inclinations;
     tracer.DoTrace(x, y, &inclinations, tolerance, true, true, false);
     Require(tracer.TracedLines().GetCount() == inclinations.GetCount(), "positions for every rail");
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

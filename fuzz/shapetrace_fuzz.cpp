@@ -65,12 +65,8 @@ void PlainFill(BitPicture& picture, int x, int y) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int minPoints = input.Take<std::int8_t>();
     const int secondMinPoints = input.Take<std::int8_t>();
     const int x = input.TakeBetween(0, 99);
@@ -97,5 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Require(tracer.GetPixel(column, row) == picture.Get(column, row), "fills agree");
         }
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

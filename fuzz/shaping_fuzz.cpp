@@ -49,12 +49,8 @@ void RequireResult(const CPolyPolyBezier& shape) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int op = input.TakeBetween(-1, 4);
     const int kind = input.TakeBetween(0, 2);
     CPolyPolyBezier a = TakeShape(input, kind);
@@ -76,5 +72,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         Require(Same(a, before), "failure leaves the first shape as it was");
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

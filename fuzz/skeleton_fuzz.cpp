@@ -26,12 +26,8 @@ void RequireFinite(const CPolyPolyBezier& contours) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int width = input.TakeBetween(1, 130);
     const int height = input.TakeBetween(1, 70);
     CentreLineOptions options;
@@ -76,5 +72,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Require(widths[i][k] > 0 && std::isfinite(widths[i][k]), "widths are lengths");
     }
     DeleteObject(shape);
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

@@ -3,24 +3,25 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
+#include <span>
 #include <string>
 
+#include "input.h"
 #include "tarvex/bend.h"
 #include "tarvex/measure.h"
 #include "tarvex/nodes.h"
 #include "tarvex/svg_reader.h"
 #include "tarvex/svg_rewriter.h"
 
+namespace tarvex::fuzz {
 namespace {
 
-using namespace tarvex;
-using namespace tarvex::app;
+using namespace app;
 
-std::optional<SvgDocument> Parsed(const std::uint8_t* data, std::size_t size) {
+std::optional<SvgDocument> Parsed(std::span<const std::uint8_t> bytes) {
     try {
-        return ParseSvg({data, size});
+        return ParseSvg(bytes);
     } catch (const SvgError&) {
         return std::nullopt;
     }
@@ -49,33 +50,37 @@ bool IsNearLimit(const SvgDocument& drawing) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    auto drawing = Parsed(data, size);
-    if (!drawing) return 0;
+void TryInput(Input input) {
+    const std::span<const std::uint8_t> bytes = input.Rest();
+    auto drawing = Parsed(bytes);
+    if (!drawing) return;
     const auto frame = Frame(*drawing);
-    if (frame && !(std::fabs(frame->right - frame->left) < 2 * MAX_SVG_COORDINATE)) std::abort();
+    Require(!frame || std::fabs(frame->right - frame->left) < 2 * MAX_SVG_COORDINATE,
+            "a drawing has a width");
     for (const SvgElement& element : drawing->elements) {
         for (int i = 0; i < element.outline.GetSize(); ++i) {
             const auto& contour = element.outline[i];
             const double area =
                 GetBezierArea({contour.GetData(), static_cast<std::size_t>(contour.GetSize())});
-            if (!std::isfinite(area)) std::abort();
+            Require(std::isfinite(area), "an outline has an area");
         }
     }
     const std::string text = WriteDrawing(*drawing, {});
-    if (!IsNearLimit(*drawing) && !Parsed(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()))
-        std::abort();
+    Require(
+        IsNearLimit(*drawing) || Parsed({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}),
+        "what is written can be read");
 
-    auto bent = Parsed(data, size);
-    if (!frame || bent->elements.size() > 100) return 0;
-    const double amount = int{data[size / 2]} - 100;
-    const int type = static_cast<int>(size % 10) + 1;
+    auto bent = Parsed(bytes);
+    if (!frame || bent->elements.size() > 100) return;
+    const double amount = int{bytes[bytes.size() / 2]} - 100;
+    const int type = static_cast<int>(bytes.size() % 10) + 1;
     Bender bend(*frame, type, amount);
     for (SvgElement& element : bent->elements) bend.Bend(element.outline);
     try {
         (void)WriteDrawing(*bent, {});
     } catch (const SvgError&) {
-        return 0;
+        // Bending may lead beyond the coordinates that can be written.
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz

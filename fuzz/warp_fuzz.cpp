@@ -81,16 +81,12 @@ void TurnAnything(Input& input, const CPolyPolyBezier& given) {
 }
 
 }  // namespace
-}  // namespace tarvex::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace tarvex;
-    using namespace tarvex::fuzz;
-    Input input(data, size);
+void TryInput(Input input) {
     const int what = input.TakeBetween(0, 2);
     if (what == 0) {
         BendThereAndBack(input);
-        return 0;
+        return;
     }
     CPolyPolyBezier shape;
     const int kind = input.TakeBetween(0, COORDINATE_KINDS);
@@ -104,5 +100,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         TurnAnything(input, shape);
     }
-    return 0;
 }
+
+}  // namespace tarvex::fuzz
