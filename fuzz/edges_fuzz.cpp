@@ -43,7 +43,7 @@ void TryInput(Input input) {
 
     CPolyPolyBezier curves;
     Require(edges.Output(curves), "edges become curves");
-    const Box frame{0, static_cast<double>(width), 0, static_cast<double>(height)};
+    const Box frame{0, width - 1.0, 0, height - 1.0};
     for (int i = 0; i < curves.GetSize(); ++i) {
         RequireFinite(curves[i]);
         Require(frame.Holds(AnchorBoxOf(curves[i]), 1), "curves stay in the picture");

@@ -57,7 +57,7 @@ void TryInput(Input input) {
     CPolyPolyBezier b = TakeShape(input, kind);
     CPolyPolyBezier before;
     before.Copy(a);
-    if (input.TakeBetween(0, 7) == 0) {
+    if (input.TakeBetween(0, 7) == 7) {  // not for inputs that end before
         CPolyPolyBezier otherBefore;
         otherBefore.Copy(b);
         const int modeA = input.TakeBetween(0, 2);
