@@ -25,12 +25,12 @@
 #include "bezier/flatten.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 
 #include "bezier/vector.h"
 #include "core/append.h"
+#include "core/fixed_stack.h"
 #include "core/lanes.h"
 
 namespace tarvex {
@@ -62,6 +62,9 @@ struct Piece {
     Lanes p0, p1, p2, p3;
     int halvings;
 };
+
+/// Right halves that wait, at most one of each size.
+using Waiting = FixedStack<Piece, kMaxHalvings>;
 
 Piece WholeOf(const CBezier& segment) {
     return {LanesOf(segment.p0), LanesOf(segment.p1), LanesOf(segment.p2), LanesOf(segment.p3), 0};
@@ -156,6 +159,11 @@ class Flatness {
     double m_largestSquare = 0;
 };
 
+bool IsStraight(const CBezier& segment) {
+    return !segment.expandStraightLines && Distance(segment.p0, segment.p1) < GEOMETRY_EPSILON &&
+           Distance(segment.p2, segment.p3) < GEOMETRY_EPSILON;
+}
+
 class Flattener {
   public:
     explicit Flattener(std::vector<DPOINT>& out) : m_out(out) {}
@@ -164,8 +172,8 @@ class Flattener {
     ~Flattener() = default;
 
     void Add(const DPOINT& p) {
-        if (m_used == kBlock) Flush();
-        m_block[m_used++] = p;
+        if (!m_block.HasRoomFor(1)) Flush();
+        m_block.Push(p);
     }
 
     void Segment(const CBezier& segment) {
@@ -180,7 +188,6 @@ class Flattener {
     void Run(const CBezier& segment, double largestSquare, std::int64_t given) {
         const double halvesAreFlat = SquareOfLegsWithFlatHalves(segment, largestSquare);
         Piece piece = WholeOf(segment);
-        std::size_t waitingCount = 0;
         std::int64_t count = given;
         for (;;) {
             const SquaredLegs legs(piece);
@@ -188,43 +195,35 @@ class Flattener {
                 Add(piece);
                 count += 3;
             } else {
-                m_waiting[waitingCount] = SplitOffRight(piece);
+                const Piece right = SplitOffRight(piece);
                 if (!legs.AreAtMost(halvesAreFlat)) {
-                    ++waitingCount;
+                    m_waiting.Push(right);
                     continue;
                 }
                 Add(piece);
-                Add(m_waiting[waitingCount]);
+                Add(right);
                 count += 6;
             }
-            if (waitingCount == 0) return;
-            piece = m_waiting[--waitingCount];
+            if (m_waiting.IsEmpty()) return;
+            piece = m_waiting.Pop();
         }
     }
 
     void Flush() {
-        m_out.insert(m_out.end(), m_block.begin(), m_block.begin() + static_cast<std::ptrdiff_t>(m_used));
-        m_used = 0;
-    }
-
-    static bool IsStraight(const CBezier& segment) {
-        return !segment.expandStraightLines && Distance(segment.p0, segment.p1) < GEOMETRY_EPSILON &&
-               Distance(segment.p2, segment.p3) < GEOMETRY_EPSILON;
+        m_out.insert(m_out.end(), m_block.begin(), m_block.end());
+        m_block.Clear();
     }
 
   private:
     void Add(const Piece& piece) {
-        if (m_used + 3 > kBlock) Flush();
-        DPOINT* to = m_block.data() + m_used;
-        for (const Lanes p : {piece.p1, piece.p2, piece.p3}) *to++ = {p.Lane(0), p.Lane(1)};
-        m_used += 3;
+        if (!m_block.HasRoomFor(3)) Flush();
+        for (const Lanes p : {piece.p1, piece.p2, piece.p3}) m_block.Push({p.Lane(0), p.Lane(1)});
     }
 
     std::vector<DPOINT>& m_out;
     Flatness m_flatness;
-    std::array<Piece, kMaxHalvings> m_waiting;  // right halves, at most one of each size
-    std::array<DPOINT, kBlock> m_block;
-    std::size_t m_used = 0;
+    Waiting m_waiting;
+    FixedStack<DPOINT, kBlock> m_block;
 };
 
 bool IsOrdinary(double v) {
@@ -244,21 +243,20 @@ DPOINT PointOf(Lanes lanes) { return {lanes.Lane(0), lanes.Lane(1)}; }
 
 /// Widens the frame, which holds the segment's ends, by the points in between.
 void Widen(PointFrame& frame, const CBezier& segment, double largestSquare) {
-    std::array<Piece, kMaxHalvings> waiting;
-    std::size_t waitingCount = 0;
+    Waiting waiting;
     Piece piece = WholeOf(segment);
     for (;;) {
         const bool canWiden = !frame.Holds(PointOf(piece.p1)) || !frame.Holds(PointOf(piece.p2)) ||
                               !frame.Holds(PointOf(piece.p0)) || !frame.Holds(PointOf(piece.p3));
         if (canWiden && !SquaredLegs(piece).AreAtMost(largestSquare)) {
-            waiting[waitingCount++] = SplitOffRight(piece);
+            waiting.Push(SplitOffRight(piece));
             continue;
         }
         if (canWiden) {
             for (const Lanes p : {piece.p1, piece.p2, piece.p3}) frame.Include(PointOf(p));
         }
-        if (waitingCount == 0) return;
-        piece = waiting[--waitingCount];
+        if (waiting.IsEmpty()) return;
+        piece = waiting.Pop();
     }
 }
 
@@ -271,8 +269,12 @@ void AppendFlattened(const CBezier& segment, std::vector<DPOINT>& out) {
 }
 
 void IncludeFlattened(const CBezier& segment, PointFrame& frame) {
+    if (IsStraight(segment)) {
+        frame.Include(segment.p3);
+        return;
+    }
     const double largestSquare = Flatness().LargestSquareFor(segment);
-    if (Flattener::IsStraight(segment) || !IsOrdinary(segment, largestSquare)) {
+    if (!IsOrdinary(segment, largestSquare)) {
         std::vector<DPOINT> points;
         AppendFlattened(segment, points);
         for (const DPOINT& p : points) frame.Include(p);
