@@ -26,9 +26,9 @@
 // number, which takes a wild Newton step.
 //
 // Cost: ranges wait on a stack of their own, at most one per level, and all passes share six arrays as
-// long as the run, so nothing is allocated per point or per range. The left part of a split
-// starts where the whole did, so its running sums are there already. Only distances from points to
-// points before them are needed, and they are computed once.
+// long as the run, so nothing is allocated per point, nor per range but for those in a unit of their own.
+// The left part of a split starts where the whole did, so its running sums are there already. Only distances
+// from points to points before them are needed, and they are computed once.
 #include "bezier/fit.h"
 
 #include <algorithm>
@@ -130,8 +130,16 @@ struct Attempt {
     Handles handles;
     double greatest;  // squared distance
     bool fits;
-    bool isSound;  // nothing overflowed
+    bool isSound;  // the handles are finite, and some distance is a number
 };
+
+/// The last inner point of `count` at the greatest distance.
+std::optional<std::size_t> LastWorst(const double* squares, std::size_t count, double greatest) {
+    for (std::size_t i = count - 2; i > 0; --i) {
+        if (squares[i] == greatest) return i;
+    }
+    return std::nullopt;
+}
 
 /// Tries candidates for a range of more than two points, given the lengths along it from its first point on.
 Attempt Try(const RangeView& view, const double* along, const HandleSolver& solver, Tolerance tolerance,
@@ -145,20 +153,12 @@ Attempt Try(const RangeView& view, const double* along, const HandleSolver& solv
         const bool fits = greatest < tolerance.fits;
         const bool isHopeless = pass == 0 && !(greatest < tolerance.hopeful);
         if (fits || isHopeless || pass == tolerance.passes) {
-            const bool isSound =
-                along[view.count - 1] < kLongestPlain && IsFinite(handles.start) && IsFinite(handles.end);
+            const bool isMeasured = greatest > 0 || LastWorst(squares, view.count, greatest).has_value();
+            const bool isSound = isMeasured && IsFinite(handles.start) && IsFinite(handles.end);
             return {handles, greatest, fits, isSound};
         }
         Reparameterize(view, cubic, tolerance.zero);
     }
-}
-
-/// The last inner point of `count` at the greatest distance.
-std::optional<std::size_t> LastWorst(const double* squares, std::size_t count, double greatest) {
-    for (std::size_t i = count - 2; i > 0; --i) {
-        if (squares[i] == greatest) return i;
-    }
-    return std::nullopt;
 }
 
 /// The unit vector of a difference of points, or of differences of points, that `difference` forms of the
@@ -281,6 +281,8 @@ class Fitter {
         }
         // A left half starts where the whole did: its lengths are summed up already.
         if (range.first != m_summedFrom) SumLengths(range.first, range.last);
+        const bool isFar = !(m_along[range.last] < kLongestPlain);
+        if (isFar && IsAllFinite(range, view)) return FitFar(range, view);
         const HandleSolver solver(range.startTangent, range.endTangent, chord);
         const Attempt attempt =
             Try(view, m_along + range.first, solver, {m_error, m_error * m_error}, m_squares + range.first);
@@ -300,7 +302,8 @@ class Fitter {
         FarRange far(view.x, view.y, view.count);
         const Attempt attempt = far.Fit(range.startTangent, range.endTangent, m_error);
         if (!attempt.fits)
-            return range.first + LastWorst(far.Squares(), view.count, attempt.greatest).value();
+            return range.first +
+                   LastWorst(far.Squares(), view.count, attempt.greatest).value_or(view.count / 2);
         Emit(range, attempt.handles);
         return std::nullopt;
     }
