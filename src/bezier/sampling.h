@@ -10,11 +10,11 @@ namespace tarvex {
 /// Stores the coordinates of `curve` at `count` parameters, which increase from at least 0 to at most 1.
 void SampleCurve(const CBezier& curve, const double* t, std::size_t count, double* x, double* y);
 
-/// The number of chords that `CBezier::GetLength` and `CBezier::GetPolylineEx` settle on.
-int SettledChordCount(const CBezier& curve);
-
 /// The squared distances of those points from `p`.
 void SquaredDistances(const CBezier& curve, const DPOINT& p, const double* t, std::size_t count,
                       double* squares);
+
+/// The number of chords that `CBezier::GetLength` and `CBezier::GetPolylineEx` settle on.
+int SettledChordCount(const CBezier& curve);
 
 }  // namespace tarvex

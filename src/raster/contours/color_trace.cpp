@@ -276,17 +276,9 @@ std::vector<std::vector<RegionId>> ByLabel(const RegionMap& map) {
     return ofLabel;
 }
 
-using Contours = std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>>;
-
 void AddUnderlay(const RegionMap& map, const Borders& borders, Contours& out) {
     for (const std::vector<Crossing>& polygon : FindUnderlay(map, borders)) {
-        std::vector<Cubic> edges;
-        Crossing from = polygon.back();
-        for (const Crossing& to : polygon) {
-            edges.push_back({from, from, to, to});
-            from = to;
-        }
-        out.push_back(ToContour(edges, 1));
+        out.push_back(ToContour(PolygonOf(polygon), 1));
     }
 }
 
@@ -303,7 +295,7 @@ std::vector<PaintedRegions> TraceRegions(const LabelView& picture, const RegionO
     Painter painter(map, borders, regions, options.style);
     std::vector<PaintedRegions> out;
     for (const auto& batch : isStacked ? PaintingOrder(map, borders, regions) : ByLabel(map)) {
-        std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
+        Contours contours;
         if (isStacked && out.empty()) AddUnderlay(map, borders, contours);
         for (const RegionId region : batch) painter.AddRegion(region, contours);
         PaintedRegions painted;

@@ -32,6 +32,16 @@ std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubi
     return contour;
 }
 
+std::vector<Cubic> PolygonOf(std::span<const Crossing> corners) {
+    std::vector<Cubic> edges;
+    edges.reserve(corners.size());
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const Crossing from = i == 0 ? corners.back() : corners[i - 1];
+        edges.push_back({from, from, corners[i], corners[i]});
+    }
+    return edges;
+}
+
 Tuning TuningFor(bool soft, double tolerance) {
     constexpr ArmTest clean{0.15, 0.33};
     Tuning tuning = soft ? Tuning{clean, clean, 0.25, 0.28, 0.34, 4, 1}

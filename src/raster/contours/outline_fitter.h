@@ -11,6 +11,8 @@
 
 namespace tarvex::contours {
 
+using Contours = std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>>;
+
 /// How closely to follow points, in pixels. Stairs of a two-level picture lie up to half a pixel off the edge
 /// they stand for; `soft` edges lie where they are, give or take the grey's noise. A tolerance above 0 is
 /// the farthest that a curve may run from the points.
@@ -18,6 +20,9 @@ Tuning TuningFor(bool soft, double tolerance);
 
 /// The closed contour of these segments, each of which begins where the one before it ends.
 std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubics, double scale);
+
+/// The closed polygon with these corners, in segments, the first of which ends at the first corner.
+std::vector<Cubic> PolygonOf(std::span<const Crossing> corners);
 
 /// Turns points into cubic segments. What is returned is valid until the next call.
 class OutlineFitter {

@@ -32,16 +32,6 @@ bool HasArea(const CArray<BPOINT, BPOINT>& contour) {
     return std::fabs(GetBezierArea(nodes)) > leastPart * side * side;
 }
 
-std::vector<Cubic> PolygonOf(const std::vector<Crossing>& points) {
-    std::vector<Cubic> edges;
-    edges.reserve(points.size());
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const Crossing to = points[i + 1 < points.size() ? i + 1 : 0];
-        edges.push_back({points[i], points[i], to, to});
-    }
-    return edges;
-}
-
 /// The fitted outline, or the polygon of its points where the fit is a line there and back.
 std::unique_ptr<CArray<BPOINT, BPOINT>> OutlineOf(const std::vector<Crossing>& points, OutlineFitter& fitter,
                                                   double scale) {
@@ -55,7 +45,7 @@ bool Trace(const GreyView& picture, const OutlineOptions& options, bool soft, CP
     OutlineFollower follower(picture, options.threshold, options.side);
     OutlineFitter fitter(TuningFor(soft, options.tolerance).Enlarged(options.detail));
     std::vector<Crossing> points;
-    std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
+    Contours contours;
     const auto least = static_cast<std::size_t>(std::max(0, options.minPoints));
     std::size_t sinceReport = 0;
     while (follower.Next(points)) {
