@@ -14,7 +14,8 @@
 
 namespace tarvex {
 
-// What the tracer notes about a pixel, in the pixel's reserved byte.
+// What the tracer notes about a pixel, in the pixel's reserved byte. Between calls only digitised marks are
+// found there; the others are cleared at the end of the call that made them.
 inline constexpr BYTE PIXEL_ATTR_FILL = 1;     ///< belongs to the filled region
 inline constexpr BYTE PIXEL_ATTR_TRACE = 2;    ///< lies on a traced outline
 inline constexpr BYTE PIXEL_ATTR_CUT = 4;      ///< lies under a cut line, which stops the fill
@@ -111,7 +112,9 @@ class TARVEX_API CAutoTrace {
     /// cannot be had.
     static HBITMAP CreateEmptyBmpBW(CSize size);
 
-    /// Paints the marks on the screen, for debugging: filled red, traced but not filled green, else black.
+    /// Paints the marks that the picture holds on the screen, for debugging: filled red, traced but not
+    /// filled green, else black. After a trace there are no such marks left, so what it shows are a caller's
+    /// own.
     void DumpImage() const;
     /// Shows the last region's mask in the screen's top left corner, for debugging.
     void DumpBUBmp() const;

@@ -58,7 +58,8 @@ class TARVEX_API CColorReduction {
     /// 3500 + 100 level, counted in 64 bits and then kept within the range of int. A picture smaller than
     /// what sampling needs (seven pixels of the working picture each way), or one in which no colour fills
     /// half of any window, has no palette: then `count` is 0 and all pixels stay as they are. So it is
-    /// for a null palette or a count below 1.
+    /// for a null palette or a count below 1. Raises the memory exception when the result of a picture that
+    /// was enlarged cannot be drawn back, as when the bitmap is selected into a context meanwhile.
     ///
     /// What a host may rely on to the last bit: samples are taken row by row, y = 3, 6, ... below height - 3,
     /// and x likewise. A sample goes to its nearest cluster, the earlier of equally near ones, if that is

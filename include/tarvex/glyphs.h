@@ -33,7 +33,8 @@ namespace tarvex {
 /// move when there is no font. With an escapement the outline is turned, the pen still moves along x.
 ///
 /// The font is made at every call. Off Windows the last few fonts stay open for that, and finding another
-/// takes as long as a hundred glyphs: draw a font's characters together. On Windows, whose engine takes
+/// takes as long as a hundred glyphs: draw a font's characters together. A font that is installed meanwhile
+/// is found once others have taken the place of what was found for its name. On Windows, whose engine takes
 /// 16-bit characters, `ch` is one of those; elsewhere any Unicode character.
 TARVEX_API int GetTTOutlinePoints(tagLOGFONTW& font, unsigned int ch, CPolyPolyBezier& out, DPOINT& origin,
                                   int applyLeftBearing);

@@ -13,10 +13,12 @@ namespace tarvex {
 /// Starting sets CScaleDraw::g_scale121 from the screen. It seeds no random numbers, starts no thread and
 /// opens no file. Beside that scale the library keeps no state of its own for the process. Off Windows there
 /// are the screen in memory and the table of handles, some 3 MB: unloading releases them, with every object
-/// that is still in the table. They are made while the library is loaded and so outlive all static objects of
-/// programs and libraries that link it; such objects may hold handles and let go of them when they are
-/// destroyed. Fontconfig, once text has been asked for, stays in the process with the rules that it
-/// read.
+/// that is still in the table. They are made while the shared library is loaded and so outlive all static
+/// objects of programs and libraries that link it; such objects may hold handles and let go of them when they
+/// are destroyed. (In a program made of the library's objects, with TARVEX_STATIC, the order is the
+/// linker's: there they must let go of them before the end of main.) No thread may be inside the library when
+/// it is unloaded or the process ends. Fontconfig, once text has been asked for, stays in the process with
+/// the rules that it read.
 ///
 /// Loading and unloading may be repeated, and several libraries of one process may load it: the system
 /// loads one copy for all of them. Starts and stops may come from different threads.

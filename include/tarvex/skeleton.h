@@ -27,9 +27,8 @@ namespace tarvex {
 /// - It has no spurs from ragged edges. A branch that leaves another line and stays shorter than the half
 ///   width of the shape there, or sticks out of that line's own body by less than half of it, is none.
 /// - Thinning it again changes nothing.
-/// - Turning it by quarters or mirroring it moves lines and their ends by a pixel at most, but a branch that
-/// is
-///   just long enough may go.
+/// - Turning it by quarters or mirroring it moves lines and their ends by a pixel at most, but a branch
+///   that is just long enough may go.
 ///
 /// Pixels are taken away in the order of their distance from the ground (C. Pudney, "Distance-ordered
 /// homotopic thinning", 1998); those of the medial axis, found by the angle between the directions to the
