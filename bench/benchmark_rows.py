@@ -18,6 +18,7 @@ class Row:
     memory: bool = False
     summary_size: int | None = None
     peer_sizes: tuple | None = None  # where the peer takes too long at some
+    passes: int = 4  # how often a repetition does at most what is measured, where a limit stands
     once: tuple = ()  # sizes at which our benchmark runs once only, as its name then says
 
     def ours_at(self, size):
@@ -98,7 +99,7 @@ for peer, name in [("polyclipping", "PeerDenseRandom/{}"), ("GEOS", "GeosPeerDen
     CLIPPING.append(Row(
         f"clipping, beside {peer}: dense random", "clip_bench", "DenseRandom/{}", name, (100, 1000, 10000), "edges",
         "crossings: a third of all pairs of edges cross", limit={10000: 8.0}, mark={1000: 1.0},
-        peer_sizes=(100, 1000),
+        peer_sizes=(100, 1000), passes=1,
         growth="there are n² crossings, and each is a vertex of the result"))
 
 SHAPING = [

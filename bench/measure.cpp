@@ -1,6 +1,7 @@
 // Runs one command and says what it took: measure OUT COMMAND [ARGUMENT...] writes to OUT one line of
 // seconds by the clock, processor seconds, peak resident KiB, and exit status (128 + signal when a
-// signal ended it), and exits with that status.
+// signal ended it), and exits with that status. SIGTERM to both ends the command only, so that what it
+// took until then is told.
 //
 // It stays this small because Linux counts a new process's peak from the memory of the process that
 // started it: a large parent would hide what a small child needs. What it cannot see is a peak
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <span>
 
@@ -38,6 +40,7 @@ int main(int count, char** values) {
         std::perror(arguments[2]);
         _exit(127);
     }
+    std::signal(SIGTERM, SIG_IGN);
     int status = 0;
     rusage usage{};
     if (wait4(child, &status, 0, &usage) != child) {
