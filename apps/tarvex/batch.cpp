@@ -6,13 +6,16 @@
 // others until its turn comes; one that runs too far ahead waits, so that the texts held back stay few.
 #include "tarvex/batch.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 #include "tarvex/input.h"
 #include "tarvex/output.h"
@@ -35,47 +38,59 @@ class TextsInOrder {
     void Print(std::size_t number, std::string text) {
         std::unique_lock lock(m_mutex);
         m_moved.wait(lock, [&] { return number < m_next + MOST_HELD_TEXTS || m_failure; });
-        m_held.emplace(number, std::move(text));
-        while (!m_failure && !m_held.empty() && m_held.begin()->first == m_next) {
-            try {
-                WriteOutput("-", m_held.begin()->second);
-            } catch (const ProgramError& error) {
-                m_failure = error;
-            }
-            m_held.erase(m_held.begin());
-            ++m_next;
-            m_moved.notify_all();
-        }
+        if (!m_failure) PrintWhatIsDue(number, std::move(text));
         if (m_failure) throw ProgramError(*m_failure);
     }
 
   private:
+    // The caller holds the mutex. A text that cannot be held would never get its turn, nor would those behind
+    // it, so that is a failure as of printing.
+    void PrintWhatIsDue(std::size_t number, std::string text) {
+        try {
+            m_held.emplace(number, std::move(text));
+            for (; !m_held.empty() && m_held.begin()->first == m_next; ++m_next) {
+                WriteOutput("-", m_held.begin()->second);
+                m_held.erase(m_held.begin());
+            }
+        } catch (const ProgramError& error) {
+            m_failure = error;
+        } catch (const std::bad_alloc&) {
+            m_failure = m_noMemory;
+        }
+        m_moved.notify_all();
+    }
+
     std::mutex m_mutex;
     std::condition_variable m_moved;
     std::map<std::size_t, std::string> m_held;
     std::size_t m_next = 0;
     std::optional<ProgramError> m_failure;
+    /// Made when there still is memory for it.
+    const ProgramError m_noMemory{ExitStatus::File, OutputName("-"), "not enough memory"};
 };
 
 /// The work on several files.
 class Batch {
   public:
     Batch(const FilePlan& plan, const OneFile& one) : m_plan(plan), m_one(one) {}
+    /// When Run was left early, the threads end their files and take no more.
+    ~Batch() { TakeNoMore(); }
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
 
     int Run(const std::string& what) {
-        const HeldInterrupts interrupts;
-        StartThreads();
         {
+            // Before the threads, or one that shows how far its own file is would have the terminal's line.
             Progress progress(what);
+            StartThreads();
             while (!WaitALittle()) {
                 const Counts counts = Counted();
                 progress.ReportFiles(counts.done, counts.failed, m_plan.tasks.size());
-                if (interrupts.Signal() == 0) continue;
+                if (m_interrupts.Signal() == 0) continue;
                 Tell("interrupted: " + Summary());
-                interrupts.EndProgram();
+                m_interrupts.EndProgram();
             }
         }
-        for (std::thread& thread : m_threads) thread.join();
         Tell(Summary());
         return static_cast<int>(Counted().gravest);
     }
@@ -85,18 +100,15 @@ class Batch {
         std::size_t done = 0;
         std::size_t failed = 0;
         ExitStatus gravest = ExitStatus::Done;
-        unsigned working = 0;
     };
 
     void StartThreads() {
-        m_counts.working = m_plan.jobs;
-        for (unsigned i = 0; i < m_plan.jobs; ++i) {
+        m_threads.reserve(m_plan.jobs);
+        while (m_threads.size() < m_plan.jobs) {
             try {
                 m_threads.emplace_back([this] { Work(); });
             } catch (const std::system_error&) {  // fewer have to do, if there is one at all
-                const std::lock_guard lock(m_mutex);
-                m_counts.working -= m_plan.jobs - i;
-                if (i == 0) throw std::bad_alloc();
+                if (m_threads.empty()) throw std::bad_alloc();
                 return;
             }
         }
@@ -109,13 +121,18 @@ class Batch {
             Do(number);
         }
         const std::lock_guard lock(m_mutex);
-        --m_counts.working;
+        ++m_through;
         m_changed.notify_all();
     }
 
     std::size_t Next() {
         const std::lock_guard lock(m_mutex);
         return m_next < m_plan.tasks.size() ? m_next++ : m_next;
+    }
+
+    void TakeNoMore() {
+        const std::lock_guard lock(m_mutex);
+        m_next = m_plan.tasks.size();
     }
 
     void Do(std::size_t number) {
@@ -126,18 +143,27 @@ class Batch {
             text = m_one(task);
         } catch (const ProgramError& error) {
             status = error.Status();
-            Tell(error.what());
+            TellFailure(error.what());
         } catch (const std::bad_alloc&) {
             status = ExitStatus::File;
-            Tell(InputName(task.input) + ": not enough memory");
+            TellFailure("not enough memory", &task);
         } catch (const std::exception& error) {
             status = ExitStatus::File;
-            Tell(InputName(task.input) + ": " + error.what());
+            TellFailure(error.what(), &task);
         }
         if (m_plan.prints) Print(number, std::move(text), status);
         const std::lock_guard lock(m_mutex);
         ++(status == ExitStatus::Done ? m_counts.done : m_counts.failed);
         m_counts.gravest = std::max(m_counts.gravest, status);
+    }
+
+    /// Where there is no memory even for that, the last line still counts the file.
+    static void TellFailure(const char* why, const FileTask* task = nullptr) {
+        try {
+            Tell(task == nullptr ? std::string(why) : InputName(task->input) + ": " + why);
+        } catch (const std::bad_alloc&) {
+            return;
+        }
     }
 
     /// Nobody reads on: then there is nothing left to do.
@@ -146,10 +172,8 @@ class Batch {
             m_texts.Print(number, std::move(text));
         } catch (const ProgramError& error) {
             status = error.Status();
-            const std::lock_guard lock(m_mutex);
-            if (!m_isBroken) Tell(error.what());
-            m_isBroken = true;
-            m_next = m_plan.tasks.size();
+            TakeNoMore();
+            if (!m_isBroken.exchange(true)) TellFailure(error.what());
         }
     }
 
@@ -157,7 +181,7 @@ class Batch {
     bool WaitALittle() {
         std::unique_lock lock(m_mutex);
         return m_changed.wait_for(lock, std::chrono::milliseconds(50),
-                                  [this] { return m_counts.working == 0; });
+                                  [this] { return m_through == m_threads.size(); });
     }
 
     Counts Counted() {
@@ -175,13 +199,15 @@ class Batch {
 
     const FilePlan& m_plan;
     const OneFile& m_one;
-    std::vector<std::thread> m_threads;
-    std::mutex m_mutex;  ///< of what follows
+    const HeldInterrupts m_interrupts;
+    std::atomic<bool> m_isBroken = false;
+    TextsInOrder m_texts;
+    std::mutex m_mutex;  ///< of the four that follow
     std::condition_variable m_changed;
     std::size_t m_next = 0;
-    bool m_isBroken = false;
+    std::size_t m_through = 0;  ///< threads that found nothing left to do
     Counts m_counts;
-    TextsInOrder m_texts;
+    std::vector<std::jthread> m_threads;  ///< last, so that they end before what they use
 };
 
 void MakeDirectory(const std::string& path) {
