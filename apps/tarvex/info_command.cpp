@@ -12,6 +12,7 @@
 #include "tarvex/nodes.h"
 #include "tarvex/picture_formats.h"
 #include "tarvex/program_error.h"
+#include "tarvex/progress.h"
 #include "tarvex/svg_reader.h"
 
 namespace tarvex::app {
@@ -126,14 +127,6 @@ std::string Table(const std::vector<std::vector<std::string>>& rows) {
         out += line + '\n';
     }
     return out;
-}
-
-/// Control characters, which a terminal would obey, as question marks.
-std::string Printable(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
-    }
-    return text;
 }
 
 struct ElementMeasures {

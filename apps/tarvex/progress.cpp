@@ -74,12 +74,15 @@ std::string MinutesAndSeconds(double seconds) {
 
 }  // namespace
 
-void Tell(const std::string& line) {
-    std::string text = "tarvex: " + line;
+std::string Printable(std::string text) {
     for (char& c : text) {
         if (static_cast<unsigned char>(c) < ' ' || c == '\x7f') c = '?';
     }
-    text += '\n';
+    return text;
+}
+
+void Tell(const std::string& line) {
+    const std::string text = "tarvex: " + Printable(line) + '\n';
     LastLine& last = TheLastLine();
     const std::lock_guard lock(last.mutex);
     std::string shown = last.shown;

@@ -1,4 +1,4 @@
-// What the program says on standard error: lines, and on a terminal how far the work has come.
+// What the program says to a person: lines on standard error, and on a terminal how far the work has come.
 #pragma once
 
 #include <chrono>
@@ -7,8 +7,11 @@
 
 namespace tarvex::app {
 
-/// Prints "tarvex: LINE" on standard error. The line comes out whole, whatever other threads say, and above
-/// any progress; control characters in it, which a terminal would obey, become question marks.
+/// Text with question marks for control characters, which a terminal would obey.
+std::string Printable(std::string text);
+
+/// Prints "tarvex: LINE", as Printable has it, on standard error. The line comes out whole, whatever other
+/// threads say, and above any progress.
 void Tell(const std::string& line);
 
 /// Shows how far the work has come on the last line of a terminal, overwriting itself, once the work has
