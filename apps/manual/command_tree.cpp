@@ -16,9 +16,8 @@ namespace {
 
 /// A word that can be typed as it stands: no range, no name of a value.
 bool IsWord(std::string_view text) {
-    constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz";
-    return !text.empty() && text.find_first_not_of("abcdefghijklmnopqrstuvwxyz-") == std::string_view::npos &&
-           letters.find(text.front()) != std::string_view::npos;
+    return !text.empty() && text.front() != '-' &&
+           text.find_first_not_of("abcdefghijklmnopqrstuvwxyz-") == std::string_view::npos;
 }
 
 std::vector<std::string> WordsOf(const std::string& value) {
