@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "tarvex/files.h"
 
@@ -18,7 +19,17 @@ using OneFile = std::function<std::string(const FileTask&)>;
 /// Done. Ctrl-C, a hang-up or a request to terminate ends the program at once, with no file half written.
 int RunFiles(const std::string& what, const FilePlan& plan, const OneFile& one);
 
-/// For a command that writes, and whose options name input and output.
+/// The same for a command that only writes: nothing of it goes to standard output.
+template <class Write>
+requires std::is_void_v<std::invoke_result_t<const Write&, const FileTask&>>
+int RunFiles(const std::string& what, const FilePlan& plan, const Write& write) {
+    return RunFiles(what, plan, OneFile([&write](const FileTask& task) {
+                        write(task);
+                        return std::string();
+                    }));
+}
+
+/// For a command that only writes, and whose options name input and output.
 template <class Options>
 int RunFiles(const std::string& what, const FilePlan& plan, const Options& options,
              int (*run)(const Options&)) {
@@ -27,7 +38,6 @@ int RunFiles(const std::string& what, const FilePlan& plan, const Options& optio
         ofTask.input = task.input;
         ofTask.output = task.output;
         run(ofTask);
-        return std::string();
     });
 }
 

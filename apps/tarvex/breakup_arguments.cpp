@@ -81,7 +81,6 @@ void AddBreakUpCommand(CLI::App& program, Action& action) {
                 ofTask.json = task.extra;
                 ofTask.interrupts = task.isAlone ? BreakUpInterrupts::AfterPass : BreakUpInterrupts::AtOnce;
                 RunBreakUp(ofTask);
-                return std::string();
             });
         };
     });

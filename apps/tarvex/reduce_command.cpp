@@ -104,7 +104,6 @@ void AddReduceCommand(CLI::App& program, Action& action) {
                 ofTask.output = task.output;
                 ofTask.palette = task.extra;
                 RunReduce(ofTask);
-                return std::string();
             });
         };
     });

@@ -118,7 +118,6 @@ void AddShapeCommand(CLI::App& program, Action& action) {
                 ofTask.a.path = task.input;
                 ofTask.output = task.output;
                 RunShape(ofTask);
-                return std::string();
             });
         };
     });

@@ -180,10 +180,7 @@ void AddTraceCommand(CLI::App& program, Action& action) {
         arguments->options.format = static_cast<Format>(plan.format);
         Complete(*arguments);
         action = [arguments, plan] {
-            return RunFiles("tracing", plan, [&](const FileTask& task) {
-                RunTask(*arguments, task);
-                return std::string();
-            });
+            return RunFiles("tracing", plan, [&](const FileTask& task) { RunTask(*arguments, task); });
         };
     });
 }

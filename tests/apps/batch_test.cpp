@@ -274,7 +274,6 @@ TEST(Batch, AnInterruptionWhileThreadsWriteLeavesNoPartOfAFile) {
         plan.jobs = 3;
         std::_Exit(RunFiles("writing", plan, [](const FileTask& task) {
             WriteOutput(task.output, std::string(100'000, 'x'));
-            return std::string();
         }));
     };
     EXPECT_EXIT(interrupted(), testing::ExitedWithCode(130), "tarvex: interrupted: 0 of 3 done\n");
