@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <map>
-#include <set>
 #include <string_view>
 #include <utility>
 
@@ -39,6 +39,10 @@ struct Inherited {
     SvgStroke stroke;
     SvgPaint paint;
 };
+
+bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> words) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
 
 class DepthCheck : public pugi::xml_tree_walker {
   public:
@@ -235,19 +239,17 @@ class Reader {
     }
 
     void Element(const pugi::xml_node& node, const Inherited& inherited) {
-        static const std::set<std::string_view> containers = {"g", "a", "switch", "svg"};
-        static const std::set<std::string_view> shapes = {"path", "rect",     "circle", "ellipse",
-                                                          "line", "polyline", "polygon"};
-        static const std::set<std::string_view> noOutlines = {"text", "use", "image", "foreignObject"};
         const std::string_view kind = LocalName(node);
         if (kind == "style") m_document.hasStyleSheet = true;
-        if (noOutlines.count(kind) > 0) {
+        if (IsOneOf(kind, {"text", "use", "image", "foreignObject"})) {
             m_document.leftOut.push_back(node);
             ++m_leftOut[std::string(kind)].count;
             return;
         }
-        const bool isContainer = containers.count(kind) > 0;
-        if (!isContainer && shapes.count(kind) == 0) return;
+        const bool isContainer = IsOneOf(kind, {"g", "a", "switch", "svg"});
+        const bool isShape =
+            IsOneOf(kind, {"path", "rect", "circle", "ellipse", "line", "polyline", "polygon"});
+        if (!isContainer && !isShape) return;
         Inherited state = inherited;
         Own(node, state);
         ApplyTransform(node, state);
