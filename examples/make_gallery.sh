@@ -3,6 +3,8 @@
 # docs/breakup.png. Nothing but the program does it.
 #
 #   make_gallery.sh [PROGRAM [DOCS]]      build/dev/apps/tarvex/tarvex and docs by default
+#
+# In other DOCS it ends with 1 when the page that it wrote there is not the tree's.
 set -euo pipefail
 examples=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 program=$(realpath "${1:-$examples/../build/dev/apps/tarvex/tarvex}")
@@ -83,3 +85,4 @@ tarvex render cat.svg flower.svg harbour.svg letters.svg -o . --width 600 2>rend
 write_page >"$gallery/README.md"
 for picture in cat flower harbour letters; do to_gallery "$picture.svg" "$picture"; done
 tarvex breakup letters.svg -o "$docs/breakup.png"
+diff "$examples/../docs/gallery/README.md" "$gallery/README.md"
