@@ -2,6 +2,8 @@
 //
 // After the reduction a picture has a few colours, so each can be a number, and which of them are almost
 // equal is found out once per pair. What remains is counting 25 bytes:
+//   - where the last filtering changed no pixel of eight windows side by side, it gave their pixels the label
+//     of the same window already;
 //   - where eight windows side by side hold one label only, that is seen by comparing words, and all
 //     eight pixels are done; in a flat picture this is nearly every place;
 //   - where the centre's label fills 13 of 25 pixels, and is almost equal to no other, it has won whatever
@@ -14,6 +16,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <functional>
+#include <type_traits>
 
 #include "raster/color/palette_index.h"
 
@@ -26,6 +30,11 @@ namespace tarvex::color {
 namespace {
 
 constexpr int kSide = 5;
+constexpr int kBlock = 8;
+constexpr std::uint64_t kEverywhere = 0x0101010101010101;  // times a byte: eight of it
+
+template <std::size_t count>
+using Count = std::integral_constant<std::size_t, count>;
 constexpr int kWindow = kSide * kSide;
 
 std::uint64_t Eight(const std::uint8_t* p) {
@@ -35,7 +44,7 @@ std::uint64_t Eight(const std::uint8_t* p) {
 }
 
 /// Bits set among the lowest 25.
-int Count(std::uint32_t mask) {
+int SetBits(std::uint32_t mask) {
     mask -= mask >> 1 & 0x55555555U;
     mask = (mask & 0x33333333U) + (mask >> 2 & 0x33333333U);
     mask = (mask + (mask >> 4)) & 0x0F0F0F0FU;
@@ -72,6 +81,23 @@ class Window {
     alignas(16) std::uint8_t m_labels[32] = {};  // each row's three bytes too many are the next row's
 };
 
+/// How many of the pixels from the first on, `most` at most, are certain to have its colour.
+int SameColors(const RGBQUAD* pixels, int most) {
+    std::array<std::uint32_t, 4> words;
+    std::uint32_t mask;
+    constexpr RGBQUAD colored{255, 255, 255, 0};
+    std::memcpy(&mask, &colored, sizeof mask);
+    int same = 0;
+    for (std::uint32_t first = 0; most - same >= 4; same += 4) {
+        std::memcpy(words.data(), pixels + same, sizeof words);
+        if (same == 0) first = words[0];
+        std::uint32_t different = 0;
+        for (const std::uint32_t word : words) different |= word ^ first;
+        if ((different & mask) != 0) break;
+    }
+    return std::max(same, 1);
+}
+
 /// Colours by number, counted as they come.
 class ColorNumbers {
   public:
@@ -105,7 +131,9 @@ Labels::Labels(int width, int height)
     : m_width(width),
       m_height(height),
       m_stride(static_cast<std::size_t>(width) + margin + slack),
-      m_labels(m_stride * static_cast<std::size_t>(height)) {}
+      m_labels(m_stride * static_cast<std::size_t>(height)),
+      m_blocks((static_cast<std::size_t>(width) + kBlock - 1) / kBlock),
+      m_changed(m_blocks * static_cast<std::size_t>(height), 1) {}
 
 Labels Labels::Replaced(const PixelView& image, const PixelView& mean, std::span<const RGBQUAD> palette) {
     Labels labels(image.width, image.height);
@@ -123,7 +151,11 @@ Labels Labels::Replaced(const PixelView& image, const PixelView& mean, std::span
         for (int x = 0; x < image.width; ++x, ++pixel, ++average) {
             const std::uint32_t key = KeyOf(*pixel);
             if (key == lastKey) {
-                row[x] = last;
+                const int run = SameColors(pixel, image.width - x);
+                std::memset(row + x, last, static_cast<std::size_t>(run));
+                x += run - 1;
+                pixel += run - 1;
+                average += run - 1;
             } else if (const RGBQUAD* own = index.Own(*pixel)) {
                 row[x] = last = numberOf(own);
                 lastKey = key;
@@ -179,56 +211,85 @@ void Labels::RepeatEdges() {
 std::uint8_t Labels::Majority(const std::array<const std::uint8_t*, 5>& rows, int x) const {
     const Window window(rows, x);
     const std::uint8_t centre = rows[2][x];
-    if (m_near[centre].empty() && Count(window.PlacesOf(centre)) > kWindow / 2) return centre;
+    if (m_near[centre].empty() && SetBits(window.PlacesOf(centre)) > kWindow / 2) return centre;
     std::uint8_t winner = 0;
     int best = 0;
     std::uint32_t left = Window::all;
-    int count = kWindow;
-    while (count > best) {
+    int remaining = kWindow;
+    while (remaining > best) {
         const std::uint8_t label = window[std::countr_zero(left)];
         std::uint32_t members = window.PlacesOf(label);
         for (const std::uint8_t other : m_near[label]) members |= window.PlacesOf(other);
         members &= left;
-        const int size = Count(members);
+        const int size = SetBits(members);
         if (size > best) {
             best = size;
             winner = label;
         }
         left &= ~members;
-        count -= size;
+        remaining -= size;
     }
     return winner;
 }
 
-void Labels::FilterRow(int y, std::uint8_t* out) const {
+/// The blocks of a row in whose windows the last filtering changed something are not 0.
+void Labels::FindUnsettled(int y, std::vector<std::uint8_t>& blocks) const {
+    blocks.assign(m_blocks, 0);
+    for (int v = std::max(y - 2, 0); v <= std::min(y + 2, m_height - 1); ++v) {
+        const std::uint8_t* changed = m_changed.data() + static_cast<std::size_t>(v) * m_blocks;
+        std::transform(changed, changed + m_blocks, blocks.begin(), blocks.begin(), std::bit_or<>());
+    }
+    std::uint8_t before = 0;
+    for (std::size_t i = 0; i < m_blocks; ++i) {  // windows reach into both neighbours
+        const std::uint8_t here = blocks[i];
+        if (i + 1 < m_blocks) blocks[i] |= blocks[i + 1];
+        blocks[i] |= before;
+        before = here;
+    }
+}
+
+void Labels::FilterRow(int y, const std::vector<std::uint8_t>& unsettled, std::uint8_t* out) const {
     std::array<const std::uint8_t*, kSide> rows;
     for (int k = 0; k < kSide; ++k)
         rows[static_cast<std::size_t>(k)] = Row(std::clamp(y + k - 2, 0, m_height - 1));
-    for (int x = 0; x < m_width; x += 8) {
-        const int end = std::min(x + 8, m_width);
-        const std::uint64_t same = rows[2][x] * 0x0101010101010101ULL;
+    for (int x = 0; x < m_width; x += kBlock) {
+        const int end = std::min(x + kBlock, m_width);
+        if (unsettled[static_cast<std::size_t>(x / kBlock)] == 0) {
+            std::memcpy(out + x, rows[2] + x, kBlock);
+            continue;
+        }
+        const std::uint64_t same = rows[2][x] * kEverywhere;
         std::uint64_t different = 0;
         for (const std::uint8_t* row : rows)
             different |= (Eight(row + x - 2) ^ same) | (Eight(row + x + 2) ^ same);
         if (different == 0) {
-            std::fill(out + x, out + end, rows[2][x]);
+            std::memcpy(out + x, &same, kBlock);
         } else {
             for (int i = x; i < end; ++i) out[i] = Majority(rows, i);
         }
     }
 }
 
+/// Gives a row its new labels.
+void Labels::Settle(int y, const std::uint8_t* labels) {
+    std::uint8_t* row = Row(y);
+    std::uint8_t* changed = m_changed.data() + static_cast<std::size_t>(y) * m_blocks;
+    int x = 0;
+    for (; x + kBlock <= m_width; x += kBlock) *changed++ = Eight(row + x) != Eight(labels + x) ? 1 : 0;
+    if (x < m_width) *changed = std::equal(row + x, row + m_width, labels + x) ? 0 : 1;
+    std::copy(labels, labels + m_width, row);
+}
+
 void Labels::Filter() {
     RepeatEdges();
     // Row y is no longer looked at when row y + 2 is done; until then its new labels wait.
     std::array<std::vector<std::uint8_t>, 3> waiting;
-    for (auto& row : waiting) row.resize(static_cast<std::size_t>(m_width));
-    const auto settle = [&](int y) {
-        const auto& row = waiting[static_cast<std::size_t>(y % 3)];
-        std::copy(row.begin(), row.end(), Row(y));
-    };
+    std::vector<std::uint8_t> unsettled;
+    for (auto& row : waiting) row.resize(m_blocks * kBlock);
+    const auto settle = [&](int y) { Settle(y, waiting[static_cast<std::size_t>(y % 3)].data()); };
     for (int y = 0; y < m_height; ++y) {
-        FilterRow(y, waiting[static_cast<std::size_t>(y % 3)].data());
+        FindUnsettled(y, unsettled);
+        FilterRow(y, unsettled, waiting[static_cast<std::size_t>(y % 3)].data());
         if (y >= 2) settle(y - 2);
     }
     for (int y = std::max(0, m_height - 2); y < m_height; ++y) settle(y);
@@ -242,14 +303,26 @@ void Labels::Paint(const PixelView& to, const PixelView& reserved) const {
     std::memcpy(&mask, &onlyReserved, sizeof mask);
     const RGBQUAD* from = reserved.pixels;
     RGBQUAD* pixel = to.pixels;
+    const auto paint = [&](auto count, auto word) {  // as many pixels, the i-th in word(i)
+        std::array<std::uint32_t, decltype(count)::value> pixels;
+        std::memcpy(pixels.data(), from, sizeof pixels);
+        for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = (pixels[i] & mask) | word(i);
+        std::memcpy(static_cast<void*>(pixel), pixels.data(), sizeof pixels);
+        from += pixels.size();
+        pixel += pixels.size();
+    };
     for (int y = to.height - 1; y >= 0; --y) {
-        const std::uint8_t* row = Row(y);
-        for (int x = 0; x < to.width; ++x, ++pixel, ++from) {
-            std::uint32_t word;
-            std::memcpy(&word, from, sizeof word);
-            word = (word & mask) | words[row[x]];
-            std::memcpy(static_cast<void*>(pixel), &word, sizeof word);
+        const std::uint8_t* label = Row(y);
+        const std::uint8_t* end = label + to.width;
+        for (; end - label >= kBlock; label += kBlock) {
+            const std::uint32_t first = words[*label];
+            if (Eight(label) == *label * kEverywhere) {
+                paint(Count<kBlock>(), [&](std::size_t) { return first; });
+            } else {
+                paint(Count<kBlock>(), [&](std::size_t i) { return words[label[i]]; });
+            }
         }
+        for (; label != end; ++label) paint(Count<1>(), [&](std::size_t) { return words[*label]; });
     }
 }
 

@@ -44,7 +44,9 @@ class Labels {
     std::uint8_t* Row(int y) { return const_cast<std::uint8_t*>(static_cast<const Labels*>(this)->Row(y)); }
     void RepeatEdges();
     void FindNeighbours();
-    void FilterRow(int y, std::uint8_t* out) const;
+    void FindUnsettled(int y, std::vector<std::uint8_t>& blocks) const;
+    void FilterRow(int y, const std::vector<std::uint8_t>& unsettled, std::uint8_t* out) const;
+    void Settle(int y, const std::uint8_t* labels);
     std::uint8_t Majority(const std::array<const std::uint8_t*, 5>& rows, int x) const;
 
     int m_width = 0;
@@ -54,6 +56,9 @@ class Labels {
     std::vector<std::uint8_t> m_labels;
     /// The labels of the colours that are almost equal to each, other than itself.
     std::vector<std::vector<std::uint8_t>> m_near;
+    /// For eight pixels side by side, 1 where the last filtering changed one; 1 everywhere before the first.
+    std::size_t m_blocks = 0;
+    std::vector<std::uint8_t> m_changed;
 };
 
 }  // namespace tarvex::color
