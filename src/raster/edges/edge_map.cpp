@@ -29,11 +29,6 @@ bool HasAny(const std::uint16_t* strengths, std::uint16_t threshold) {
 
 }  // namespace
 
-std::uint16_t ToStrength(float levels) {
-    const float units = levels * static_cast<float>(kStrengthUnits);
-    return units < 65535.0F ? static_cast<std::uint16_t>(units) : std::uint16_t{65535};
-}
-
 void MagnitudeHistogram::Add(std::span<const float> strengths) {
     for (const float s : strengths) {
         const float bin = s * kBinsPerLevel;

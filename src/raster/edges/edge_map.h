@@ -62,7 +62,4 @@ void DrawEdges(const EdgeMap& map, const EdgeThresholds& thresholds, const BitRa
 EdgeMap FindCannyEdges(const LevelRows& picture, double sigma, MagnitudeHistogram* histogram);
 EdgeMap FindShenCastanEdges(const LevelRows& picture, double sigma, MagnitudeHistogram* histogram);
 
-/// The strength in units, from any number.
-std::uint16_t ToStrength(float levels);
-
 }  // namespace tarvex

@@ -30,12 +30,17 @@ struct OneFloat {
     friend OneFloat operator+(OneFloat a, OneFloat b) { return a.value + b.value; }
     friend OneFloat operator-(OneFloat a, OneFloat b) { return a.value - b.value; }
     friend OneFloat operator*(OneFloat a, OneFloat b) { return a.value * b.value; }
+    friend OneFloat operator/(OneFloat a, OneFloat b) { return a.value / b.value; }
     friend OneFloat SquareRoot(OneFloat a) { return std::sqrt(a.value); }
     friend OneFloat Magnitude(OneFloat a) { return std::fabs(a.value); }
     friend OneFloat Lesser(OneFloat a, OneFloat b) { return a.value < b.value ? a : b; }
+    friend OneFloat Greater(OneFloat a, OneFloat b) { return a.value > b.value ? a : b; }
     friend Mask operator>(OneFloat a, OneFloat b) { return a.value > b.value; }
     friend Mask operator>=(OneFloat a, OneFloat b) { return a.value >= b.value; }
     static Mask Both(Mask a, Mask b) { return a && b; }
+    static Mask Either(Mask a, Mask b) { return a || b; }
+    /// The value where the mask is set, 0 elsewhere.
+    static OneFloat Only(Mask mask, OneFloat a) { return mask ? a.value : 0.0F; }
     static OneFloat Choose(Mask mask, OneFloat a, OneFloat b) { return mask ? a : b; }
 
     float value;
@@ -61,12 +66,16 @@ struct FourFloats {
     friend FourFloats operator+(FourFloats a, FourFloats b) { return _mm_add_ps(a.value, b.value); }
     friend FourFloats operator-(FourFloats a, FourFloats b) { return _mm_sub_ps(a.value, b.value); }
     friend FourFloats operator*(FourFloats a, FourFloats b) { return _mm_mul_ps(a.value, b.value); }
+    friend FourFloats operator/(FourFloats a, FourFloats b) { return _mm_div_ps(a.value, b.value); }
     friend FourFloats SquareRoot(FourFloats a) { return _mm_sqrt_ps(a.value); }
     friend FourFloats Magnitude(FourFloats a) { return _mm_andnot_ps(_mm_set1_ps(-0.0F), a.value); }
     friend FourFloats Lesser(FourFloats a, FourFloats b) { return _mm_min_ps(a.value, b.value); }
+    friend FourFloats Greater(FourFloats a, FourFloats b) { return _mm_max_ps(a.value, b.value); }
     friend Mask operator>(FourFloats a, FourFloats b) { return _mm_cmpgt_ps(a.value, b.value); }
     friend Mask operator>=(FourFloats a, FourFloats b) { return _mm_cmpge_ps(a.value, b.value); }
     static Mask Both(Mask a, Mask b) { return _mm_and_ps(a, b); }
+    static Mask Either(Mask a, Mask b) { return _mm_or_ps(a, b); }
+    static FourFloats Only(Mask mask, FourFloats a) { return _mm_and_ps(mask, a.value); }
     static FourFloats Choose(Mask mask, FourFloats a, FourFloats b) {
         return _mm_or_ps(_mm_and_ps(mask, a.value), _mm_andnot_ps(mask, b.value));
     }
