@@ -24,8 +24,10 @@ struct Arm {
 /// The angle, in radians, by which a stroke that goes in by one arm and out by the other turns at worst.
 double TurnBetween(const Arm& a, const Arm& b);
 
-/// The turn up to which two arms at one junction may be one stroke.
+/// The turn, in radians at either end, up to which two arms at one junction may be one stroke.
 inline constexpr double kMostTurn = 0.6;
+/// How far a corner's tip may stick out, in half widths.
+inline constexpr double kMiter = 2.5;
 
 /// What becomes of one end of a line.
 struct LineEnd {

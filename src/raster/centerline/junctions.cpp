@@ -33,8 +33,6 @@ namespace {
 using skeleton::Line;
 
 constexpr double kBridge = 8;             // times the sum of the radii, as above
-constexpr double kMiter = 2.5;            // times the half width: what a corner's tip may stick out by
-constexpr double kMostTurn = 0.6;         // radians at either end of a join
 constexpr double kCrossTurn = 0.35;       // the same over a bridge
 constexpr double kLeastAcross = 0.2;      // sine of the angle of a corner whose sides meet surely
 constexpr double kLeastBeyond = 0.75;     // pixels that an arm must stick out by on the far side of a stroke
@@ -373,8 +371,7 @@ class Mender {
         }
         for (std::size_t i = 0; i < cluster.arms.size(); ++i) {
             const Arm& arm = cluster.arms[i];
-            if (!isDone[i] && std::count(dropped.begin(), dropped.end(), arm.line) == 0)
-                Settle(cluster, arm, passing);
+            if (!isDone[i] && !IsAmong(dropped, arm.line)) Settle(cluster, arm, dropped, passing);
         }
         for (const int line : dropped) {
             if (!m_graph.IsDropped(line)) m_graph.Drop(line);
@@ -388,12 +385,19 @@ class Mender {
             passing.push_back({m_graph.PointAt(arm, along), arm.towards, arm.radius});
     }
 
-    /// An arm left over.
-    void Settle(const Cluster& cluster, const Arm& arm, const std::vector<Passing>& passing) {
+    static bool IsAmong(const std::vector<int>& lines, int line) {
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+
+    /// An arm left over, among lines of which some are about to be dropped.
+    void Settle(const Cluster& cluster, const Arm& arm, const std::vector<int>& dropped,
+                const std::vector<Passing>& passing) {
+        if (m_graph.EndAt(arm.line, arm.atEnd).partner >= 0) return;  // by the other arm of its corner
         const int node = m_graph.NodeOf(arm);
         if (m_graph.ArmsAt(node).size() == 2) {
             const auto other = std::find_if(cluster.arms.begin(), cluster.arms.end(), [&](const Arm& a) {
-                return m_graph.NodeOf(a) == node && (a.line != arm.line || a.atEnd != arm.atEnd);
+                return m_graph.NodeOf(a) == node && (a.line != arm.line || a.atEnd != arm.atEnd) &&
+                       !IsAmong(dropped, a.line);
             });
             if (other != cluster.arms.end() && m_graph.EndAt(other->line, other->atEnd).partner < 0) {
                 MendCorner(arm, *other, node);

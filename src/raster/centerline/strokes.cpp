@@ -14,7 +14,6 @@ namespace {
 using skeleton::Line;
 using skeleton::LineGraph;
 
-constexpr double kMiter = 2.5;      // times the half width: what a corner's tip may stick out by
 constexpr double kLeastPart = 0.8;  // of the half width, for a branch to stick out by
 constexpr double kTaper = 0.25;     // by how much of its length a corner's tip tapers at least
 constexpr double kDotLength = 0.7;  // times the radius: shorter lines are dots
