@@ -2,121 +2,75 @@
 // says why. What is understood is not done, so no file is touched.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "input.h"
+#include "manual/command_tree.h"
 #include "tarvex/command_line.h"
 #include "tarvex/commands.h"
 
 namespace tarvex::fuzz {
 namespace {
 
-/// Words that commands know; bytes alone would hardly ever spell one.
-constexpr const char* WORDS[] = {
-    "trace",
-    "reduce",
-    "transform",
-    "warp",
-    "render",
-    "text",
-    "region",
-    "breakup",
-    "shape",
-    "info",
-    "in.png",
-    "in.svg",
-    "-o",
-    "out.svg",
-    "out.png",
-    "-",
-    "--mode",
-    "outline",
-    "color",
-    "centerline",
-    "edges",
-    "--colors",
-    "--cutout",
-    "--threshold",
-    "auto",
-    "--invert",
-    "--min-points",
-    "--detail",
-    "--speck",
-    "--format",
-    "svg",
-    "json",
-    "satin",
-    "--seed",
-    "1,2",
-    "--tolerance",
-    "--no-smooth",
-    "--breakup",
-    "--json",
-    "--rotate",
-    "1,2,3",
-    "--scale",
-    "--translate",
-    "--type",
-    "--amount",
-    "--width",
-    "--font",
-    "--size",
-    "--bold",
-    "--italic",
-    "--color",
-    "#f00",
-    "difference",
-    "intersection",
-    "xor",
-    "union",
-    "--raster",
-    "--fill-a",
-    "--fill-b",
-    "winding",
-    "alternate",
-    "--level",
-    "--palette",
-    "--help",
-    "--version",
-    "--max-pixels",
-    "--precision",
-    "--mm-width",
-    "--max-satin-mm",
-    "--no-complexity-check",
-    "--no-kerning",
-    "--inside",
-    "--jobs",
-    "--arc",
-    "--align",
-    "--output",
-    "--",
-    "--spacing",
-    "0",
-    "1",
-    "255",
-    "-1",
-    "1e9",
-    "nan",
-    "inf",
-    "99999999999999999999",
-    "0x10",
-    "1.5",
-    "",
-    "-5,7",
+/// Files, values and marks, which the program's definition does not name.
+constexpr const char* VALUES[] = {
+    "in.png",  "in.svg",
+    "out.svg", "out.png",
+    "-",       "--",
+    "",        "1,2",
+    "1,2,3",   "-5,7",
+    "#f00",    "0",
+    "1",       "255",
+    "-1",      "1.5",
+    "1e9",     "nan",
+    "inf",     "0x10",
+    "50%",     "99999999999999999999",
 };
 
+/// What command lines are made of, since bytes alone would hardly ever spell a word: the values, and every
+/// command, option and word that the program's definition names, in its order.
+std::vector<std::string> KnownWords() {
+    CLI::App parser;
+    app::Action action;
+    app::DefineProgram(parser, action);
+    const manual::Program program = manual::ReadProgram(parser);
+    std::vector<std::string> words(std::begin(VALUES), std::end(VALUES));
+    const auto add = [&words](const std::vector<std::string>& more) {
+        for (const std::string& word : more) {
+            if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
+        }
+    };
+    const auto addOptions = [&add](const std::vector<manual::Argument>& options) {
+        for (const manual::Argument& option : options) {
+            add(option.names);
+            add(option.words);
+        }
+    };
+    for (const manual::Command& command : program.commands) add({command.name});
+    addOptions(program.options);
+    for (const manual::Command& command : program.commands) {
+        addOptions(command.options);
+        for (const manual::Argument& place : command.places) add(place.words);
+    }
+    Require(words.size() <= 200, "enough bytes are left that stand for text");
+    return words;
+}
+
 std::vector<std::string> TakeArguments(Input& input) {
+    static const std::vector<std::string> words = KnownWords();
     std::vector<std::string> arguments{"tarvex"};
     while (!input.Rest().empty() && arguments.size() < 40) {
         const auto choice = input.Take<std::uint8_t>();
-        if (choice < std::size(WORDS)) {
-            arguments.emplace_back(WORDS[choice]);
+        if (choice < words.size()) {
+            arguments.push_back(words[choice]);
             continue;
         }
         std::string text;
