@@ -117,15 +117,16 @@ class Search {
             for (const ArcCouple& couple : couples)
                 AppendEndHits(a, ArcAt(couple.firstArc), b, ArcAt(couple.secondArc), hits);
             if (const std::optional<CommonStretch> common = StretchBetween(first, second, hits)) {
-                m_stretches.push_back(*common);
+                m_stretches.push_back(*common);  // however short, both of its ends stay
             } else {
                 AppendHits(couples, a, b, hits);
+                MergeContacts(a, b, hits);
             }
         } else {
             AppendHits(couples, a, b, hits);
             std::erase_if(hits, [](const CurveHit& hit) { return std::fabs(hit.s - hit.t) < 1e-3; });
+            MergeContacts(a, b, hits);
         }
-        MergeContacts(a, b, hits);
         const std::size_t before = m_found.size();
         for (const CurveHit& hit : hits) {
             if (IsCommonEnd(first, second, hit)) continue;
@@ -209,10 +210,10 @@ class Search {
         constexpr double mostParameter = 0.05;  // what is further away is told by common stretches
         if (!(std::fabs(from.s - to.s) < mostParameter) || !(std::fabs(from.t - to.t) < mostParameter))
             return false;
+        const Cubic between = PartOf(b, from.t, to.t);
         for (const double part : {0.5, 0.25, 0.75}) {
             const DPOINT p = PointAt(a, from.s + (to.s - from.s) * part);
-            const double t = NearestParameter(PartOf(b, from.t, to.t), p);
-            if (!(PointAt(PartOf(b, from.t, to.t), t) == p)) return false;
+            if (!(PointAt(between, NearestParameter(between, p)) == p)) return false;
         }
         return true;
     }

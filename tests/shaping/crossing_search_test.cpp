@@ -87,31 +87,33 @@ TEST(CrossingSearch, CuspsLoopsAndSharedStretches) {
     struct Case {
         const char* name;
         Cubic a, b;
-        std::size_t count;
+        std::size_t count, own;  // of those with each other, and of all
     };
     const Cubic loop{{0, 0}, {900, 600}, {-700, 600}, {200, 0}};
     const Cubic arch{{0, 0}, {0, 400}, {600, 400}, {600, 0}};
-    const Cubic cases[][2] = {
-        {loop, {{-100, 100}, {0, 100}, {200, 100}, {300, 100}}},   // through both legs
-        {arch, PartOf(arch, 0.25, 0.75)},                          // along it: only the ends
-        {arch, Reversed(PartOf(arch, 0.25, 0.75))},                //
-        {arch, {{0, 300}, {200, 300}, {400, 300}, {600, 300}}},    // at the top, touching or not
-        {arch, {{300, -50}, {300, 100}, {300, 200}, {300, 500}}},  // at a joint of arcs
-        {{{0, 0}, {300, 300}, {0, 300}, {300, 0}}, {{0, 100}, {100, 100}, {200, 100}, {300, 100}}},  // a cusp
+    const Cubic cusp{{0, 0}, {300, 300}, {0, 300}, {300, 0}};
+    const auto level = [](double from, double to, double y) {
+        return Cubic{{from, y}, {from + (to - from) / 3, y}, {to - (to - from) / 3, y}, {to, y}};
     };
-    const std::size_t counts[] = {2, 2, 2, 1, 1, 2};
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const Case cases[] = {
+        {"through both legs of a loop", loop, level(-100, 300, 100), 2, 3},
+        {"along an arch", arch, PartOf(arch, 0.25, 0.75), 2, 2},
+        {"back along an arch", arch, Reversed(PartOf(arch, 0.25, 0.75)), 2, 2},
+        {"at the top, touching or not", arch, level(0, 600, 300), 1, 1},
+        {"at a joint of arcs", arch, {{300, -50}, {300, 100}, {300, 200}, {300, 500}}, 1, 1},
+        {"through both legs of a cusp", cusp, level(0, 300, 100), 2, 2},
+        {"along a line's last bit", level(0, 300, 0), level(294, 594, 0), 2, 2},
+    };
+    for (const Case& c : cases) {
         SegmentList list;
-        const auto add = [&list](const Cubic& c, Operand operand) {
-            list.segments.push_back({c, static_cast<int>(list.contours.size()), 0, true});
+        const auto add = [&list](const Cubic& curve, Operand operand) {
+            list.segments.push_back({curve, static_cast<int>(list.contours.size()), 0, true});
             list.contours.push_back({operand, 0, list.Size() - 1, 1});
         };
-        add(cases[i][0], Operand::A);
-        add(cases[i][1], Operand::B);
-        const auto found = FindMeetings(list, Scope::BetweenShapes).crossings;
-        EXPECT_EQ(found.size(), counts[i]) << i;
-        const auto own = FindMeetings(list, Scope::Everywhere).crossings;
-        EXPECT_EQ(own.size(), counts[i] + (i == 0)) << i;  // the loop crosses itself
+        add(c.a, Operand::A);
+        add(c.b, Operand::B);
+        EXPECT_EQ(FindMeetings(list, Scope::BetweenShapes).crossings.size(), c.count) << c.name;
+        EXPECT_EQ(FindMeetings(list, Scope::Everywhere).crossings.size(), c.own) << c.name;
     }
 }
 
