@@ -131,7 +131,7 @@ int RunCenterlineTrace(const TraceOptions& options) {
     }
     if (strokes.Count() == 0) {
         const char* part = *settings.side == ShapeSide::dark ? "dark" : "light";
-        throw ProgramError(ExitStatus::NoResult, options.input,
+        throw ProgramError(ExitStatus::NoResult, InputName(options.input),
                            std::string("no line found: nothing large enough is ") + part + " at threshold " +
                                std::to_string(*settings.threshold));
     }
