@@ -11,6 +11,7 @@
 #include "platform/handles.h"
 #include "raster/color/clusters.h"
 #include "raster/color/distance.h"
+#include "raster/color/flat_windows.h"
 #include "raster/color/label_filter.h"
 #include "raster/color/palette_index.h"
 #include "raster/color/window.h"
@@ -182,8 +183,16 @@ void CColorReduction::GetColorPalette(RGBQUAD* palette, int& count) {
     count = 0;
     if (wanted == 0) return;
     Clusters clusters;
+    static_assert(kSampleSize == 2 * FlatWindows::radius + 1 && kSampleStep >= FlatWindows::radius);
+    FlatWindows windows(m_meanImage);
     for (int y = kSampleStep; y < m_meanImage.height - kSampleStep; y += kSampleStep) {
+        windows.MoveTo(y);
         for (int x = kSampleStep; x < m_meanImage.width - kSampleStep; x += kSampleStep) {
+            if (windows.IsFlatAt(x)) {
+                const RGBQUAD& c = RowOf(m_meanImage, y)[x];
+                clusters.Add({c.rgbBlue, c.rgbGreen, c.rgbRed, 0});
+                continue;
+            }
             constexpr int least = kSampleSize * kSampleSize / 2;
             const Winner winner = MajorityOfWindow(m_meanImage, x, y, kSampleSize / 2, least);
             if (winner.count >= least) clusters.Add(winner.color);

@@ -26,12 +26,6 @@ namespace tarvex::color {
 
 namespace {
 
-std::uint32_t KeyInMemory(const RGBQUAD& c) {
-    std::uint32_t key;
-    std::memcpy(&key, &c, sizeof key);
-    return key;
-}
-
 constexpr int kRows = 2 * largestRadius + 1;
 constexpr int kColumns = 8;
 
@@ -81,21 +75,6 @@ void ReadInside(const PixelView& image, int x, int y, int radius, Lanes& lanes) 
         store(lanes.red + lane, _mm_and_si128(_mm_srli_epi32(a, 16), low),
               _mm_and_si128(_mm_srli_epi32(b, 16), low));
     }
-}
-
-/// Whether a window that lies inside the image has one colour; the radius is 2 or 3.
-bool IsFlat(const PixelView& image, int x, int y, int radius) {
-    const auto load = [](const RGBQUAD* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); };
-    const RGBQUAD* centre = RowOf(image, y) + x;
-    const __m128i same = _mm_set1_epi32(static_cast<int>(KeyInMemory(*centre)));
-    __m128i different = _mm_setzero_si128();
-    for (int row = -radius; row <= radius; ++row) {
-        const RGBQUAD* pixels = RowOf(image, y + row) + x;
-        different = _mm_or_si128(different, _mm_xor_si128(load(pixels - radius), same));
-        different = _mm_or_si128(different, _mm_xor_si128(load(pixels + radius - 3), same));
-    }
-    // The reserved byte is not part of a colour.
-    return _mm_movemask_epi8(_mm_cmpeq_epi32(_mm_slli_epi32(different, 8), _mm_setzero_si128())) == 0xFFFF;
 }
 
 /// The square of the difference, or 256 when that is less.
@@ -148,10 +127,6 @@ Winner MajorityOfWindow(const PixelView& image, int x, int y, int radius, int wa
 #if defined(__SSE2__)
     const bool inside = x >= radius && y >= radius && std::int64_t{x} - radius + kColumns <= image.width &&
                         std::int64_t{y} + radius < image.height;
-    if (inside && radius >= 2 && IsFlat(image, x, y, radius)) {
-        const RGBQUAD& centre = RowOf(image, y)[x];
-        return {{centre.rgbBlue, centre.rgbGreen, centre.rgbRed, 0}, side * side};
-    }
 #endif
     Lanes lanes;
     lanes.rows = side;
