@@ -37,7 +37,8 @@ class FlatWindows {
     /// columns are each of one, like the next column's, the one to the right of the window included.
     bool IsFlatAt(int x) const {
         const std::uint32_t* first = m_differs.data() + (x - radius);
-        return std::all_of(first, first + 2 * radius + 1, [](std::uint32_t differs) { return differs == 0; });
+        constexpr std::size_t side = 2 * radius + 1;
+        return std::all_of(first, first + side, [](std::uint32_t differs) { return differs == 0; });
     }
 
   private:
