@@ -187,7 +187,7 @@ bool CEdgeDetect::Output(CPolyPolyBezier& out) const {
         skeleton::DistanceMap distances(edges);
         skeleton::Thin(lines, distances);
         skeleton::LineGraph graph = skeleton::FindLines(lines, edges, distances);
-        const EdgePlacer placer(m_result->Picture(edges), m_result->sigma);
+        EdgePlacer placer(m_result->Picture(edges), m_result->sigma);
         // Lines that meet have the same point there, which moves to the same place.
         for (skeleton::Node& node : graph.nodes) node.at = placer.Place(node.at);
         for (skeleton::Line& line : graph.lines) {

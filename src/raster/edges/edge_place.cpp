@@ -2,8 +2,7 @@
 //
 // Across an edge the slope of a picture that is smoothed by a Gaussian is a Gaussian itself, whose logarithm
 // is a parabola. So three slopes a pixel apart, taken along the gradient, tell where the steepest place is,
-// to a few hundredths of a pixel without noise. The picture is smoothed anew around each point: edges are
-// few.
+// to a few hundredths of a pixel without noise. The picture is smoothed in tiles, where there are edges.
 #include "raster/edges/edge_place.h"
 
 #include <algorithm>
@@ -24,7 +23,7 @@ constexpr int kPasses = 2;           // the second one starts nearly there
 }  // namespace
 
 struct EdgePlacer::Patch {
-    static constexpr int kReach = 3;  // of gradients around the pixel
+    static constexpr int kReach = kBorder - 1;  // of gradients around the pixel
     static constexpr int kSize = 2 * kReach + 1;
 
     DPOINT gradients[kSize][kSize];
@@ -43,51 +42,68 @@ struct EdgePlacer::Patch {
     }
 };
 
-EdgePlacer::EdgePlacer(const GreyView& picture, double sigma) : m_picture(picture) {
+EdgePlacer::EdgePlacer(const GreyView& picture, double sigma)
+    : m_picture(picture),
+      m_tilesInRow(static_cast<std::size_t>((picture.width + 2 * kBorder) / kTile + 1)),
+      m_tiles(m_tilesInRow * static_cast<std::size_t>((picture.height + 2 * kBorder) / kTile + 1)) {
     sigma = std::clamp(sigma, kLeastSigma, kMostSigma);
     const int radius = static_cast<int>(std::ceil(kFilterRadius * sigma));
     for (int i = -radius; i <= radius; ++i) m_weights.push_back(std::exp(-0.5 * (i / sigma) * (i / sigma)));
 }
 
-EdgePlacer::Patch EdgePlacer::Around(int x, int y) const {
-    constexpr int size = Patch::kSize + 2;  // gradients need a level more on either side
+/// A tile of the picture, smoothed: first its rows, with what the columns need above and below, then columns.
+EdgePlacer::Tile EdgePlacer::Smoothed(int left, int top) const {
     const auto taps = static_cast<int>(m_weights.size());
     const int radius = taps / 2;
-    std::vector<double> along(static_cast<std::size_t>(size * (size + taps)));
-    const auto filtered = [&](int row, int column) -> double& {
-        return along[static_cast<std::size_t>(row * size + column)];
-    };
-    for (int row = 0; row < size + taps - 1; ++row) {
+    std::vector<std::array<double, kTile>> along(static_cast<std::size_t>(kTile + taps - 1));
+    for (int row = 0; row < kTile + taps - 1; ++row) {
         const std::uint8_t* const levels =
-            m_picture.Row(std::clamp(y - size / 2 - radius + row, 0, m_picture.height - 1));
-        for (int column = 0; column < size; ++column) {
+            m_picture.Row(std::clamp(top + row - radius, 0, m_picture.height - 1));
+        for (int column = 0; column < kTile; ++column) {
             double sum = 0;
             for (int k = 0; k < taps; ++k) {
-                const int at = std::clamp(x - size / 2 + column + k - radius, 0, m_picture.width - 1);
+                const int at = std::clamp(left + column + k - radius, 0, m_picture.width - 1);
                 sum += m_weights[static_cast<std::size_t>(k)] * levels[at];
             }
-            filtered(row, column) = sum;
+            along[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)] = sum;
         }
     }
-    double smoothed[size][size] = {};
-    for (int row = 0; row < size; ++row) {
-        for (int column = 0; column < size; ++column) {
-            for (int k = 0; k < taps; ++k)
-                smoothed[row][column] += m_weights[static_cast<std::size_t>(k)] * filtered(row + k, column);
+    Tile tile = std::make_unique<TileRows>();
+    for (std::size_t row = 0; row < kTile; ++row) {
+        for (std::size_t k = 0; k < m_weights.size(); ++k) {
+            for (std::size_t column = 0; column < kTile; ++column)
+                (*tile)[row][column] += m_weights[k] * along[row + k][column];
         }
     }
+    return tile;
+}
+
+double EdgePlacer::LevelAt(int x, int y) {
+    const int i = x + kBorder;
+    const int j = y + kBorder;
+    Tile& tile =
+        m_tiles[static_cast<std::size_t>(j / kTile) * m_tilesInRow + static_cast<std::size_t>(i / kTile)];
+    if (!tile) tile = Smoothed(i / kTile * kTile - kBorder, j / kTile * kTile - kBorder);
+    return (*tile)[static_cast<std::size_t>(j % kTile)][static_cast<std::size_t>(i % kTile)];
+}
+
+EdgePlacer::Patch EdgePlacer::Around(int x, int y) {
+    constexpr int reach = Patch::kReach;
     Patch patch{};
-    for (int row = 1; row + 1 < size; ++row) {
-        for (int column = 1; column + 1 < size; ++column) {
-            patch.gradients[row - 1][column - 1] = {smoothed[row][column + 1] - smoothed[row][column - 1],
-                                                    smoothed[row + 1][column] - smoothed[row - 1][column]};
+    for (int row = -reach; row <= reach; ++row) {
+        for (int column = -reach; column <= reach; ++column) {
+            const int u = x + column;
+            const int v = y + row;
+            patch.gradients[row + reach][column + reach] = {LevelAt(u + 1, v) - LevelAt(u - 1, v),
+                                                            LevelAt(u, v + 1) - LevelAt(u, v - 1)};
         }
     }
     return patch;
 }
 
-DPOINT EdgePlacer::Place(DPOINT p) const {
-    const DPOINT middle{std::floor(p.x + 0.5), std::floor(p.y + 0.5)};
+DPOINT EdgePlacer::Place(DPOINT p) {
+    const DPOINT middle{std::clamp(std::floor(p.x + 0.5), 0.0, m_picture.width - 1.0),
+                        std::clamp(std::floor(p.y + 0.5), 0.0, m_picture.height - 1.0)};
     const Patch patch = Around(SaturatingInt(middle.x), SaturatingInt(middle.y));
     DPOINT place = Minus(p, middle);
     for (int pass = 0; pass < kPasses; ++pass) {
