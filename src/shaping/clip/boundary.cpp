@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <numeric>
+#include <span>
 #include <utility>
 
 #include "shaping/clip/predicates.h"
@@ -50,7 +52,15 @@ class Tracer {
     std::vector<Contour> Trace();
 
   private:
-    void JoinAt(std::int32_t vertex, std::vector<std::int32_t>& around);
+    /// A link at a knot and the vertex at its other end.
+    struct Spoke {
+        std::int32_t link;
+        std::int32_t far;
+    };
+
+    void JoinLinks();
+    void JoinAt(std::int32_t vertex, std::span<Spoke> around);
+    std::vector<Loop> InSweepOrder() const;
     bool IsKnot(std::int32_t vertex) const { return m_leaving[Index(vertex)] == several; }
     void Walk(std::int32_t link);
     void Close(std::size_t from, const Step& arrival);
@@ -79,39 +89,58 @@ Tracer::Tracer(const Arrangement& arrangement, const Region& region)
         std::int32_t& leaving = m_leaving[Index(m_links.back().from)];
         leaving = leaving == none ? number : several;
     }
-    std::vector<std::pair<std::int32_t, std::int32_t>> atKnots;  // vertex and link
-    for (std::size_t i = 0; i < m_links.size(); ++i) {
-        Link& link = m_links[i];
+    JoinLinks();
+}
+
+/// Gives every link its successor: the only one that leaves where it arrives, or, at a knot, the next one
+/// around it.
+void Tracer::JoinLinks() {
+    // The links at each knot are brought together by counting. A knot's number stands in `m_position`.
+    std::vector<std::int32_t> knots;
+    std::vector<std::int32_t> first{0};
+    const auto count = [&](std::int32_t vertex) {
+        if (!IsKnot(vertex)) return;
+        std::int32_t& knot = m_position[Index(vertex)];
+        if (knot == none) {
+            knot = static_cast<std::int32_t>(knots.size());
+            knots.push_back(vertex);
+            first.push_back(0);
+        }
+        ++first[Index(knot) + 1];
+    };
+    for (Link& link : m_links) {
         link.next = m_leaving[Index(link.to)];
-        if (link.next == several) atKnots.emplace_back(link.to, static_cast<std::int32_t>(i));
-        if (IsKnot(link.from)) atKnots.emplace_back(link.from, static_cast<std::int32_t>(i));
+        count(link.from);
+        count(link.to);
     }
-    std::sort(atKnots.begin(), atKnots.end());
-    std::vector<std::int32_t> around;
-    for (std::size_t i = 0; i < atKnots.size();) {
-        const std::int32_t vertex = atKnots[i].first;
-        around.clear();
-        for (; i < atKnots.size() && atKnots[i].first == vertex; ++i) around.push_back(atKnots[i].second);
-        JoinAt(vertex, around);
+    std::vector<Spoke> spokes;
+    for (std::size_t i = 1; i < first.size(); ++i) first[i] += first[i - 1];
+    spokes.resize(Index(first.back()));
+    std::vector<std::int32_t> filled(first.begin(), first.end() - 1);
+    const auto fill = [&](std::int32_t vertex, std::int32_t link, std::int32_t far) {
+        if (IsKnot(vertex)) spokes[Index(filled[Index(m_position[Index(vertex)])]++)] = {link, far};
+    };
+    for (std::size_t i = 0; i < m_links.size(); ++i) {
+        const Link& link = m_links[i];
+        fill(link.from, static_cast<std::int32_t>(i), link.to);
+        fill(link.to, static_cast<std::int32_t>(i), link.from);
+    }
+    for (std::size_t i = 0; i < knots.size(); ++i) {
+        JoinAt(knots[i], std::span(spokes).subspan(Index(first[i]), Index(first[i + 1] - first[i])));
+        m_position[Index(knots[i])] = none;
     }
 }
 
-/// Gives every link that arrives at a vertex with several leaving ones its successor.
-void Tracer::JoinAt(std::int32_t vertex, std::vector<std::int32_t>& around) {
-    const auto far = [this, vertex](std::int32_t link) {
-        const Link& l = m_links[Index(link)];
-        return l.from == vertex ? l.to : l.from;
-    };
+/// Gives every link that arrives at a knot its successor.
+void Tracer::JoinAt(std::int32_t vertex, std::span<Spoke> around) {
     // Clockwise, from the left: the upper ones from left to right, then the lower ones back.
-    std::sort(around.begin(), around.end(), [this, vertex, &far](std::int32_t i, std::int32_t j) {
-        const std::int32_t p = far(i);
-        const std::int32_t q = far(j);
-        if ((p > vertex) != (q > vertex)) return p > vertex;
-        return Turn(At(vertex), At(q), At(p)) > 0;
+    std::sort(around.begin(), around.end(), [this, vertex](const Spoke& s, const Spoke& t) {
+        if ((s.far > vertex) != (t.far > vertex)) return s.far > vertex;
+        return Turn(At(vertex), At(t.far), At(s.far)) > 0;
     });
     for (std::size_t i = 0; i < around.size(); ++i) {
-        Link& link = m_links[Index(around[i])];
-        if (link.to == vertex) link.next = around[(i + 1) % around.size()];
+        Link& link = m_links[Index(around[i].link)];
+        if (link.to == vertex) link.next = around[(i + 1) % around.size()].link;
     }
 }
 
@@ -167,14 +196,31 @@ Contour Tracer::Finished(const Loop& loop) const {
     return contour;
 }
 
+/// The loops by their highest vertices, and then by their lowest; brought together by counting too.
+std::vector<Loop> Tracer::InSweepOrder() const {
+    std::vector<std::int32_t> first(m_vertices.size() + 1);
+    for (const Loop& loop : m_loops) ++first[Index(loop.highest)];
+    std::partial_sum(first.begin(), first.end(), first.begin());
+    std::vector<Loop> ordered(m_loops.size());
+    for (std::size_t i = m_loops.size(); i-- > 0;)
+        ordered[Index(--first[Index(m_loops[i].highest)])] = m_loops[i];
+    for (std::size_t i = 0; i < ordered.size();) {
+        const std::size_t begin = i;
+        while (i < ordered.size() && ordered[i].highest == ordered[begin].highest) ++i;
+        if (i - begin < 2) continue;
+        const auto at = [&ordered](std::size_t k) {
+            return ordered.begin() + static_cast<std::ptrdiff_t>(k);
+        };
+        std::stable_sort(at(begin), at(i), [](const Loop& l, const Loop& m) { return l.lowest < m.lowest; });
+    }
+    return ordered;
+}
+
 std::vector<Contour> Tracer::Trace() {
     for (std::size_t i = 0; i < m_links.size(); ++i) Walk(static_cast<std::int32_t>(i));
-    std::stable_sort(m_loops.begin(), m_loops.end(), [](const Loop& l, const Loop& m) {
-        return l.highest != m.highest ? l.highest < m.highest : l.lowest < m.lowest;
-    });
     std::vector<Contour> contours;
     contours.reserve(m_loops.size());
-    for (const Loop& loop : m_loops) contours.push_back(Finished(loop));
+    for (const Loop& loop : InSweepOrder()) contours.push_back(Finished(loop));
     return contours;
 }
 

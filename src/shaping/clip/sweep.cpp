@@ -10,7 +10,9 @@
 // finds nothing to cut, the pieces meet at their ends only, in the coordinates that are returned, and the
 // sides found in that very run are theirs. If it finds something, it cuts and runs once more. A run that
 // only cut where no rounding was needed (at vertices on edges, along overlaps, in crossings that are
-// doubles) is final at once. So the answer is exact for edges that were moved by roundings, never an
+// doubles) is final at once. So is the first run when the pieces as they were moved still lie as it took
+// them to lie: the second would then only repeat it, and a look at each vertex and its neighbours says so
+// (order_log.cpp). So the answer is exact for edges that were moved by roundings, never an
 // approximate answer for edges that were not. In a run that moved something the order in the status can
 // be wrong; the run then only has to keep every piece's ends, so that the boundaries stay closed.
 //
@@ -21,8 +23,7 @@
 // between doubles along a piece's box are shared out between its parts; they are finitely many. That they
 // are not walked one by one is the work of snap.cpp, which from the third run on leads pieces through
 // vertices that they pass within a rounding, and each time within twice as much. Ordinary sets take one
-// or two runs, sets of edges a rounding apart three or four; the most that random trials have shown is
-// ten.
+// run, sets of edges a rounding apart three or four; the most that random trials have shown is ten.
 //
 // Edges that overlap need no special case: pieces that leave a vertex in one direction are cut at the
 // nearest end among them and become one, whose parity is the sum of theirs; if that is even for both
@@ -37,14 +38,15 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <numeric>
 #include <span>
 #include <utility>
 
 #include "shaping/clip/crossing.h"
 #include "shaping/clip/incidence.h"
+#include "shaping/clip/order_log.h"
 #include "shaping/clip/predicates.h"
 #include "shaping/clip/snap.h"
+#include "shaping/clip/sort_vertices.h"
 #include "shaping/clip/status.h"
 #include "tarvex/framework.h"
 
@@ -67,6 +69,8 @@ class Sweep {
 
     /// Whether nothing was moved: then the output is final, sides included.
     bool Run();
+    /// Whether another run would find nothing to cut, although something was moved.
+    bool Holds() const { return !m_tangled && m_ordered && m_log.Holds(m_vertices); }
     /// The pieces and vertices after the run.
     void Take(Arrangement& output);
 
@@ -79,13 +83,14 @@ class Sweep {
         done
     };
 
-    struct Item {
+    struct alignas(64) Item {
         Point a;
         Point b;
         std::int32_t place = none;     ///< in the status
         std::int32_t follower = none;  ///< the piece of the same edge that starts where this one ends
         std::int32_t aVertex = none;
         std::int32_t edge = 0;
+        std::int32_t logged = none;  ///< its number in the log, once it is active
         std::uint8_t parity = 0;
         std::uint8_t left = 0;
         State state = State::waiting;
@@ -146,7 +151,9 @@ class Sweep {
 
     std::int32_t m_announced = none;  ///< the first part of a cut whose event is still to be made
 
-    bool m_moved = false;   ///< some piece was not cut exactly
+    bool m_moved = false;    ///< some piece was not cut exactly
+    bool m_tangled = false;  ///< and was met again in a place or order that it should not have
+    OrderLog m_log;
     bool m_ordered = true;  ///< the output's vertices are in sweep order
     std::vector<Point> m_vertices;
     std::vector<Piece> m_pieces;
@@ -263,7 +270,7 @@ void Sweep::Locate() {
     if (count == m_leaving.size()) return;
 
     // Only after pieces were moved: what leaves does not stand together. Take out what stands elsewhere.
-    m_moved = true;
+    m_moved = m_tangled = true;
     std::vector<std::int32_t> run;
     for (std::int32_t place = m_firstPlace;; place = m_status.Right(place)) {
         run.push_back(m_status.PieceAt(place));
@@ -400,7 +407,7 @@ void Sweep::Resolve(std::int32_t& l, std::int32_t& r) {
         return;
     }
     if (!ProperlyCross(left, right)) {
-        m_moved = true;  // their order is not what it seems: an effect of earlier moves
+        m_moved = m_tangled = true;  // their order is not what it seems: an effect of earlier moves
         return;
     }
     const Point at = CutPoint({left.a, left.b}, m_input.edges[Index(left.edge)], {right.a, right.b},
@@ -456,7 +463,7 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
         }
         return number;
     }
-    m_moved = true;
+    m_moved = m_tangled = true;
     if (!Before(m_at, at)) {  // rounded to a point the sweep has passed
         const std::int32_t vertex = AddVertex(at);
         Item past = whole;
@@ -488,10 +495,13 @@ void Sweep::Replace() {
     std::int32_t place = m_firstPlace;
     std::int32_t last = m_leftPlace;
     std::uint8_t side = 0;
+    std::int32_t loggedLeft = none;
     if (m_leftPlace != none) {
         const Item& l = At(m_status.PieceAt(m_leftPlace));
         side = l.left ^ l.parity;
+        loggedLeft = l.logged;
     }
+    m_log.AddVertex(loggedLeft, m_rightPlace == none ? none : At(m_status.PieceAt(m_rightPlace)).logged);
     std::size_t left = m_leaving.size();
     for (const std::int32_t item : m_joining) {
         if (left > 0) {
@@ -505,6 +515,7 @@ void Sweep::Replace() {
         Item& i = At(item);
         i.place = last;
         i.state = State::active;
+        i.logged = m_log.Start();
         i.left = side;
         side ^= i.parity;
     }
@@ -517,6 +528,7 @@ void Sweep::Replace() {
 
 void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
     const Item& i = At(item);
+    m_log.End(i.logged, atVertex);
     m_pieces.push_back({i.aVertex, atVertex, i.edge, i.parity, i.left});
     Drop(item);
 }
@@ -553,29 +565,9 @@ void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
 }
 
 void Sweep::Take(Arrangement& output) {
+    output.vertices = std::move(m_vertices);
     output.pieces = std::move(m_pieces);
-    if (m_ordered) {
-        output.vertices = std::move(m_vertices);
-        return;
-    }
-    std::vector<std::int32_t> order(m_vertices.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [this](std::int32_t i, std::int32_t j) {
-        return Before(m_vertices[Index(i)], m_vertices[Index(j)]);
-    });
-    std::vector<std::int32_t> renumbered(m_vertices.size());
-    output.vertices.clear();
-    for (const std::int32_t v : order) {
-        const Point& p = m_vertices[Index(v)];
-        if (output.vertices.empty() || !Same(output.vertices.back(), p)) output.vertices.push_back(p);
-        renumbered[Index(v)] = static_cast<std::int32_t>(output.vertices.size()) - 1;
-    }
-    std::erase_if(output.pieces, [&renumbered](Piece& piece) {
-        piece.a = renumbered[Index(piece.a)];
-        piece.b = renumbered[Index(piece.b)];
-        if (piece.a > piece.b) std::swap(piece.a, piece.b);
-        return piece.a == piece.b;
-    });
+    if (!m_ordered) SortVertices(output);
 }
 
 }  // namespace
@@ -585,7 +577,7 @@ void Arrange(Arrangement& arrangement) {
     double reach = 0.5;
     for (int run = 1;; ++run) {
         Sweep sweep(arrangement);
-        const bool settled = sweep.Run();
+        const bool settled = sweep.Run() || (run < plainRuns && sweep.Holds());
         sweep.Take(arrangement);
         if (settled) return;
         if (run < plainRuns) continue;
