@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "shaping/clip/clip.h"
+#include "shaping/clip/crossing.h"
+#include "shaping/clip/double_double.h"
 #include "shaping/clip/predicates.h"
 #include "support/clip_cases.h"
 #include "support/clip_oracle.h"
@@ -320,6 +322,48 @@ TEST(Clip, InputVerticesComeOutBitForBit) {
             EXPECT_TRUE(std::any_of(subject[0].begin(), subject[0].end(),
                                     [&p](const DPOINT& q) { return p.x == q.x && p.y == q.y; }));
     }
+}
+
+/// The crossing of two lines with every intermediate number a proper sum of two doubles.
+Point PlainCrossing(const clip::Segment& e, const clip::Segment& f) {
+    using clip::DoubleDouble;
+    const auto minus = [](double a, double b) { return clip::Difference(a, b); };
+    const DoubleDouble ex = minus(e.b.x, e.a.x), ey = minus(e.b.y, e.a.y);
+    const DoubleDouble fx = minus(f.b.x, f.a.x), fy = minus(f.b.y, f.a.y);
+    const DoubleDouble t = (minus(f.a.x, e.a.x) * fy - minus(f.a.y, e.a.y) * fx) / (ex * fy - ey * fx);
+    return {(DoubleDouble{e.a.x, 0} + t * ex).high, (DoubleDouble{e.a.y, 0} + t * ey).high};
+}
+
+TEST(CutPoint, IsWhatTheFullArithmeticGivesBitForBit) {
+    std::mt19937_64 random(7);
+    const auto whole = [&random](int bits) {
+        return static_cast<double>(random() >> (64 - bits)) - std::ldexp(1.0, bits - 1);
+    };
+    int compared = 0;
+    for (int i = 0; i < 40000; ++i) {
+        const int bits = 2 + i % 52;  // few bits: ties and exact crossings; many: everything else
+        const auto any = [&] { return Point{std::ldexp(whole(bits), i % 7 * 20 - 60), whole(bits)}; };
+        clip::Segment e{any(), any()}, f{any(), any()};
+        if (i % 3 == 0)
+            f.a = {e.a.x + (e.b.x - e.a.x) * 1e-13, std::nextafter(e.a.y, e.b.y)};  // all but parallel
+        if (i % 6 == 0) f.b = {e.b.x - (e.b.x - e.a.x) * 1e-13, std::nextafter(e.b.y, -e.a.y)};
+        for (clip::Segment* s : {&e, &f}) {
+            if (!clip::Before(s->a, s->b)) std::swap(s->a, s->b);
+        }
+        if (clip::Before(f.a, e.a)) std::swap(e, f);
+        const bool cross =
+            Turn(e.a, e.b, f.a) * Turn(e.a, e.b, f.b) < 0 && Turn(f.a, f.b, e.a) * Turn(f.a, f.b, e.b) < 0;
+        const Point plain = PlainCrossing(e, f);
+        const bool inside = std::max(e.a.y, f.a.y) <= plain.y && plain.y <= std::min(e.b.y, f.b.y) &&
+                            std::max(std::min(e.a.x, e.b.x), std::min(f.a.x, f.b.x)) <= plain.x &&
+                            plain.x <= std::min(std::max(e.a.x, e.b.x), std::max(f.a.x, f.b.x));
+        if (!cross || !inside) continue;
+        ++compared;
+        const Point cut = clip::CutPoint(e, e, f, f);
+        ASSERT_TRUE(clip::Same(cut, plain))
+            << i << ": " << cut.x << ' ' << cut.y << " not " << plain.x << ' ' << plain.y;
+    }
+    EXPECT_GT(compared, 4000);
 }
 
 TEST(Turn, TellsTheSideExactlyAtAnyScale) {

@@ -80,6 +80,7 @@ Tracer::Tracer(const Arrangement& arrangement, const Region& region)
     : m_vertices(arrangement.vertices),
       m_leaving(arrangement.vertices.size(), none),
       m_position(arrangement.vertices.size(), none) {
+    m_links.reserve(arrangement.pieces.size());
     for (const Piece& piece : arrangement.pieces) {
         const bool left = region[piece.left];
         const bool right = region[piece.left ^ piece.parity];
@@ -113,9 +114,8 @@ void Tracer::JoinLinks() {
         count(link.from);
         count(link.to);
     }
-    std::vector<Spoke> spokes;
-    for (std::size_t i = 1; i < first.size(); ++i) first[i] += first[i - 1];
-    spokes.resize(Index(first.back()));
+    std::partial_sum(first.begin(), first.end(), first.begin());
+    std::vector<Spoke> spokes(Index(first.back()));
     std::vector<std::int32_t> filled(first.begin(), first.end() - 1);
     const auto fill = [&](std::int32_t vertex, std::int32_t link, std::int32_t far) {
         if (IsKnot(vertex)) spokes[Index(filled[Index(m_position[Index(vertex)])]++)] = {link, far};
@@ -217,6 +217,7 @@ std::vector<Loop> Tracer::InSweepOrder() const {
 }
 
 std::vector<Contour> Tracer::Trace() {
+    m_steps.reserve(m_links.size());
     for (std::size_t i = 0; i < m_links.size(); ++i) Walk(static_cast<std::int32_t>(i));
     std::vector<Contour> contours;
     contours.reserve(m_loops.size());

@@ -1,10 +1,18 @@
 // The crossing of two lines in double-double arithmetic. Nothing is decided here: whether segments cross
 // is known exactly before, and any point in both bounding boxes would keep the sweep consistent. What
 // depends on the precision is how near the result comes to the true one.
+//
+// The full arithmetic keeps every intermediate number in order, which the sum of two doubles in the end
+// seldom needs. So the same formula is first evaluated with the low parts simply added up, and its
+// result taken where all that lies within both ways' errors of it rounds to the same doubles. With u =
+// 2^-53, either way is wrong by less than 100 u² of the terms that it adds: the lines' two coordinates,
+// and, multiplied by what the division makes of them, the products whose differences are divided. 2^-96
+// of them, 1024 u², is more than both together.
 #include "shaping/clip/crossing.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "shaping/clip/double_double.h"
 
@@ -61,6 +69,61 @@ Point LineCrossing(const Segment& e, const Segment& f) {
     return {x.high, y.high};
 }
 
+/// h * l + h * l, the products that a product of two numbers leaves out when only their high parts are
+/// multiplied; that of the low parts is beyond what counts.
+double Mixed(const DoubleDouble& a, const DoubleDouble& b) { return a.high * b.low + a.low * b.high; }
+
+/// a * b - c * d, and the sum of the products' sizes.
+struct CrossProduct {
+    DoubleDouble value;
+    double size = 0;
+
+    CrossProduct(const DoubleDouble& a, const DoubleDouble& b, const DoubleDouble& c, const DoubleDouble& d) {
+        const DoubleDouble left = Product(a.high, b.high);
+        const DoubleDouble right = Product(c.high, d.high);
+        const DoubleDouble high = Difference(left.high, right.high);
+        value = Sum(high.high, high.low + ((left.low - right.low) + (Mixed(a, b) - Mixed(c, d))));
+        size = std::fabs(left.high) + std::fabs(right.high);
+    }
+};
+
+/// A double to which everything within the error of a sum rounds, or NaN when there is none.
+double RoundedFor(const DoubleDouble& sum, double error) {
+    const bool sure = sum.high + (sum.low + error) == sum.high && sum.high + (sum.low - error) == sum.high;
+    return sure ? sum.high : std::numeric_limits<double>::quiet_NaN();
+}
+
+/// What LineCrossing gives, in half the time, or NaN in a coordinate that this cannot tell for sure.
+Point QuickLineCrossing(const Segment& e, const Segment& f) {
+    constexpr double relativeError = 0x1p-96;
+    constexpr double underflow = 0x1p-440;  // of products, divided by no less than 2^-400
+    const DoubleDouble ex = Difference(e.b.x, e.a.x);
+    const DoubleDouble ey = Difference(e.b.y, e.a.y);
+    const DoubleDouble fx = Difference(f.b.x, f.a.x);
+    const DoubleDouble fy = Difference(f.b.y, f.a.y);
+    const CrossProduct over(Difference(f.a.x, e.a.x), fy, Difference(f.a.y, e.a.y), fx);
+    const CrossProduct under(ex, fy, ey, fx);
+    const double divisor = std::fabs(under.value.high);
+    if (!(divisor > 0x1p-400 && divisor > 0x1p-60 * under.size)) {
+        constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+        return {nan, nan};
+    }
+    const double t = over.value.high / under.value.high;
+    const DoubleDouble product = Product(t, under.value.high);
+    const double rest =
+        ((over.value.high - product.high) - product.low) + (over.value.low - t * under.value.low);
+    const double tLow = rest / under.value.high;
+    const double tSize = std::fabs(t) + (over.size + std::fabs(t) * under.size) / divisor;
+    const auto along = [&](double start, const DoubleDouble& way) {
+        const DoubleDouble move = Product(t, way.high);
+        const DoubleDouble high = Sum(start, move.high);
+        const double low = high.low + (move.low + (t * way.low + tLow * way.high));
+        const double size = std::fabs(start) + tSize * std::fabs(way.high);
+        return RoundedFor(Sum(high.high, low), relativeError * size + underflow);
+    };
+    return {along(e.a.x, ex), along(e.a.y, ey)};
+}
+
 bool IsUpright(const Segment& e) { return e.a.x == e.b.x; }
 bool IsLevel(const Segment& e) { return e.a.y == e.b.y; }
 
@@ -70,7 +133,11 @@ Point Crossing(const Segment& e, const Segment& f) {
     const Segment& first = Precedes(e, f) ? e : f;
     const Segment& second = Precedes(e, f) ? f : e;
     const int scale = NeededScale(e, f);
-    if (scale == 0) return LineCrossing(first, second);
+    if (scale == 0) {
+        const Point quick = QuickLineCrossing(first, second);
+        const bool sure = !std::isnan(quick.x) && !std::isnan(quick.y);
+        return sure ? quick : LineCrossing(first, second);
+    }
     const Point p = LineCrossing(Scaled(first, scale), Scaled(second, scale));
     return {std::ldexp(p.x, -scale), std::ldexp(p.y, -scale)};
 }

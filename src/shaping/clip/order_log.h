@@ -16,6 +16,10 @@ class OrderLog {
   public:
     static constexpr std::int32_t none = -1;
 
+    void Reserve(std::size_t vertexCount, std::size_t pieceCount) {
+        m_beside.reserve(vertexCount);
+        m_pieces.reserve(pieceCount);
+    }
     /// To be called for the vertices in turn: the pieces beside the vertex, or none.
     void AddVertex(std::int32_t left, std::int32_t right) { m_beside.push_back({left, right}); }
     /// Notes that the next piece to the right starts at the vertex added last, and numbers it.

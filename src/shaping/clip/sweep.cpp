@@ -124,6 +124,7 @@ class Sweep {
     std::int32_t AddItem(const Item& item);
     void Drop(std::int32_t item);
     std::int32_t AddVertex(const Point& p);
+    void MakeRoom();
     void Push(const Point& at, std::int32_t first, std::int32_t second = none);
     bool ProperlyCross(const Item& l, const Item& r) const;
 
@@ -166,6 +167,7 @@ Sweep::Sweep(const Arrangement& input)
       m_itemOf(input.pieces.size(), none) {
     m_vertices.reserve(input.vertices.size());
     m_pieces.reserve(input.pieces.size());
+    m_log.Reserve(input.vertices.size(), input.pieces.size());
 }
 
 bool Sweep::Run() {
@@ -396,7 +398,10 @@ void Sweep::Resolve(std::int32_t& l, std::int32_t& r) {
     const Item& right = At(r);
     if (Same(left.b, right.b)) return;
     const bool leftEndsFirst = Before(left.b, right.b);
-    const int side = leftEndsFirst ? Turn(right.a, right.b, left.b) : -Turn(left.a, left.b, right.b);
+    const Item& shorter = leftEndsFirst ? left : right;
+    const Item& longer = leftEndsFirst ? right : left;
+    const int turn = Turn(longer.a, longer.b, shorter.b);
+    const int side = leftEndsFirst ? turn : -turn;
     if (side > 0) return;
     if (side == 0) {
         if (leftEndsFirst)
@@ -529,6 +534,7 @@ void Sweep::Replace() {
 void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
     const Item& i = At(item);
     m_log.End(i.logged, atVertex);
+    if (m_pieces.size() == m_pieces.capacity()) MakeRoom();
     m_pieces.push_back({i.aVertex, atVertex, i.edge, i.parity, i.left});
     Drop(item);
 }
@@ -555,8 +561,22 @@ void Sweep::Drop(std::int32_t item) {
 std::int32_t Sweep::AddVertex(const Point& p) {
     if (!m_vertices.empty() && !Before(m_vertices.back(), p)) m_ordered = false;
     const std::int32_t number = NextNumber(m_vertices);
+    if (m_vertices.size() == m_vertices.capacity()) MakeRoom();
     m_vertices.push_back(p);
     return number;
+}
+
+/// For all that will come if the rest of the input cuts as much as what is done, so that the output is
+/// copied once or twice on its way, and not each time that it has doubled.
+void Sweep::MakeRoom() {
+    const double done = static_cast<double>(m_nextVertex + 1) / static_cast<double>(m_input.vertices.size());
+    const double growth = std::clamp(1.1 / done, 2.0, 8.0);
+    const auto grown = [growth](std::size_t size) {
+        return static_cast<std::size_t>(growth * static_cast<double>(size)) + 16;
+    };
+    m_vertices.reserve(grown(m_vertices.size()));
+    m_pieces.reserve(grown(m_pieces.size()));
+    m_log.Reserve(m_vertices.capacity(), m_pieces.capacity());
 }
 
 void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
