@@ -366,6 +366,19 @@ TEST(CutPoint, IsWhatTheFullArithmeticGivesBitForBit) {
     EXPECT_GT(compared, 4000);
 }
 
+TEST(Clip, ZerosOfBothSignsInOnePlaceArePositiveInAnyOrder) {
+    const std::vector<DPOINT> plus{{0, 0}, {2, 1}, {1, 2}}, minus{{-0.0, -0.0}, {-2, 1}, {-1, 2}};
+    for (const auto& [a, b] : {std::pair(plus, minus), std::pair(minus, plus)}) {
+        const Result both = ClipSets(kUnion, {a}, {b});
+        ASSERT_EQ(both.size(), 2U);
+        for (const Contour& c : both)
+            EXPECT_FALSE(std::signbit(c.vertices[0].x) || std::signbit(c.vertices[0].y));
+    }
+    const Result alone = ClipSets(kUnion, {minus}, {});
+    ASSERT_EQ(alone.size(), 1U);
+    EXPECT_TRUE(std::signbit(alone[0].vertices[0].x) && std::signbit(alone[0].vertices[0].y));
+}
+
 TEST(Turn, TellsTheSideExactlyAtAnyScale) {
     std::mt19937_64 random(5);
     const auto whole = [&random](int bits) {

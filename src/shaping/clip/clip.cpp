@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "shaping/clip/sweep.h"
 #include "tarvex/framework.h"
@@ -16,6 +17,12 @@ namespace {
 bool IsFinite(std::span<const DPOINT> contour) {
     return std::all_of(contour.begin(), contour.end(),
                        [](const DPOINT& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
+}
+
+/// Of zeros of both signs at one place, the positive one stands, in whatever order they come.
+void MergeZeros(Point& kept, const Point& same) {
+    if (kept.x == 0) kept.x += same.x;
+    if (kept.y == 0) kept.y += same.y;
 }
 
 /// Collects the contours' vertices and edges, and gives out the arrangement of the edges, uncut.
@@ -40,14 +47,15 @@ class Gatherer {
     /// In an order that does not tell which set an edge comes from, each edge once; edges that coincide
     /// in pairs of one set bound nothing.
     Arrangement Edges() {
-        std::sort(m_corners.begin(), m_corners.end(),
-                  [](const Corner& c, const Corner& d) { return Before(c.at, d.at); });
+        SortCorners();
         Arrangement result;
         result.vertices.reserve(m_corners.size());
         std::vector<std::int32_t> vertexOf(m_corners.size());
         for (const Corner& corner : m_corners) {
             if (result.vertices.empty() || !Same(result.vertices.back(), corner.at))
                 result.vertices.push_back(corner.at);
+            else
+                MergeZeros(result.vertices.back(), corner.at);
             vertexOf[static_cast<std::size_t>(corner.number)] =
                 static_cast<std::int32_t>(result.vertices.size()) - 1;
         }
@@ -68,6 +76,40 @@ class Gatherer {
     }
 
   private:
+    struct Corner {
+        Point at;
+        std::int32_t number;
+    };
+
+    /// In sweep order. They are first dealt out to rows of equal height, a few to each when they are
+    /// spread evenly.
+    void SortCorners() {
+        const auto before = [](const Corner& c, const Corner& d) { return Before(c.at, d.at); };
+        const auto lower = [](const Corner& c, const Corner& d) { return c.at.y < d.at.y; };
+        if (m_corners.empty()) return;
+        const auto [lowest, highest] = std::minmax_element(m_corners.begin(), m_corners.end(), lower);
+        const double bottom = lowest->at.y;
+        const std::size_t rows = m_corners.size() / 4 + 1;
+        const auto rowCount = static_cast<double>(rows);
+        const double rowsPerUnit = rowCount / (highest->at.y - bottom);
+        if (!std::isfinite(rowsPerUnit) || rowsPerUnit == 0) {  // all level, or too far apart
+            std::sort(m_corners.begin(), m_corners.end(), before);
+            return;
+        }
+        const auto row = [&](const Corner& c) {
+            return static_cast<std::size_t>(std::min((c.at.y - bottom) * rowsPerUnit, rowCount));
+        };
+        std::vector<std::int32_t> first(rows + 2);
+        for (const Corner& corner : m_corners) ++first[row(corner)];
+        std::partial_sum(first.begin(), first.end(), first.begin());
+        std::vector<Corner> sorted(m_corners.size());
+        for (std::size_t i = m_corners.size(); i-- > 0;)
+            sorted[static_cast<std::size_t>(--first[row(m_corners[i])])] = m_corners[i];
+        for (std::size_t i = 1; i < first.size(); ++i)
+            std::sort(sorted.begin() + first[i - 1], sorted.begin() + first[i], before);
+        m_corners = std::move(sorted);
+    }
+
     /// The pieces by their first vertex and then by their second.
     std::vector<Piece> SortedPieces(const std::vector<std::int32_t>& vertexOf,
                                     std::size_t vertexCount) const {
@@ -89,10 +131,6 @@ class Gatherer {
         return pieces;
     }
 
-    struct Corner {
-        Point at;
-        std::int32_t number;
-    };
     std::vector<Corner> m_corners;
     std::vector<std::int32_t> m_next;
     std::vector<std::uint8_t> m_bits;

@@ -1,6 +1,7 @@
 // The exact part of the side-of-line test. Grids, copies and touching shapes ask it all the time, and
-// mostly with coordinates whose differences are doubles: those are answered from two exact products.
-// Everything else goes through a fixed-point sum that holds any product of doubles.
+// mostly of points on one upright or level line, or with coordinates whose differences are doubles: those
+// are answered from the products' signs, or from the exact products. Everything else goes through a
+// fixed-point sum that holds any product of doubles.
 #include "shaping/clip/predicates.h"
 
 #include "shaping/clip/double_double.h"
@@ -20,9 +21,16 @@ bool IsModerate(double a, double b) {
     return moderate(a) && moderate(b);
 }
 
+int Sign(double v) { return (v > 0) - (v < 0); }
+
 }  // namespace
 
 int ExactTurn(const Point& a, const Point& b, const Point& c) {
+    // A difference may be rounded, but never to 0 or beyond it.
+    const int leftSign = Sign(b.x - a.x) * Sign(c.y - a.y);
+    const int rightSign = Sign(b.y - a.y) * Sign(c.x - a.x);
+    if (leftSign != rightSign) return leftSign > rightSign ? 1 : -1;
+    if (leftSign == 0) return 0;
     const DoubleDouble bx = Difference(b.x, a.x);
     const DoubleDouble by = Difference(b.y, a.y);
     const DoubleDouble cx = Difference(c.x, a.x);

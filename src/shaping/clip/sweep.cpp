@@ -42,6 +42,7 @@
 #include <utility>
 
 #include "shaping/clip/crossing.h"
+#include "shaping/clip/event_queue.h"
 #include "shaping/clip/incidence.h"
 #include "shaping/clip/order_log.h"
 #include "shaping/clip/predicates.h"
@@ -96,16 +97,6 @@ class Sweep {
         State state = State::waiting;
     };
 
-    /// Something to be looked after at a point: items that start or end there, or none.
-    struct Event {
-        Point at;
-        std::int32_t first = none;
-        std::int32_t second = none;
-    };
-    struct Later {
-        bool operator()(const Event& e, const Event& f) const { return Before(f.at, e.at); }
-    };
-
     bool NextEvent();
     void Start(std::int32_t piece);
     void Attend(std::int32_t item);
@@ -138,7 +129,7 @@ class Sweep {
     std::vector<std::int32_t> m_itemOf;  ///< of each input piece, once it has started
     std::vector<Item> m_items;
     std::vector<std::int32_t> m_free;  ///< items that are done, whose numbers are given out again
-    std::vector<Event> m_events;       ///< a heap
+    EventQueue m_events;
     Status m_status;
 
     Point m_at;  ///< the event at hand
@@ -182,18 +173,17 @@ bool Sweep::NextEvent() {
     m_leaving.clear();
     m_joining.clear();
     const bool given = m_nextVertex < m_input.vertices.size();
-    if (!given && m_events.empty()) return false;
-    m_at = given ? m_input.vertices[m_nextVertex] : m_events.front().at;
-    if (!m_events.empty() && Before(m_events.front().at, m_at)) m_at = m_events.front().at;
+    if (!given && m_events.IsEmpty()) return false;
+    m_at = given ? m_input.vertices[m_nextVertex] : m_events.Next().at;
+    if (!m_events.IsEmpty() && Before(m_events.Next().at, m_at)) m_at = m_events.Next().at;
     if (given && Same(m_input.vertices[m_nextVertex], m_at)) {
         for (const std::int32_t piece : m_ends.At(m_nextVertex)) Attend(m_itemOf[Index(piece)]);
         for (const std::int32_t piece : m_starts.At(m_nextVertex)) Start(piece);
         ++m_nextVertex;
     }
-    while (!m_events.empty() && Same(m_events.front().at, m_at)) {
-        const Event event = m_events.front();
-        std::pop_heap(m_events.begin(), m_events.end(), Later());
-        m_events.pop_back();
+    while (!m_events.IsEmpty() && Same(m_events.Next().at, m_at)) {
+        const Event event = m_events.Next();
+        m_events.Pop();
         Attend(event.first);
         Attend(event.second);
     }
@@ -580,8 +570,7 @@ void Sweep::MakeRoom() {
 }
 
 void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
-    m_events.push_back({at, first, second});
-    std::push_heap(m_events.begin(), m_events.end(), Later());
+    m_events.Push({at, first, second});
 }
 
 void Sweep::Take(Arrangement& output) {
