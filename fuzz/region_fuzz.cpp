@@ -41,8 +41,7 @@ void TryInput(Input input) {
     CAutoTrace tracer(bitmap.Get(), 96);
     tracer.SetFillFilter(smooth);
     tracer.DoTrace(x, y, nullptr, tolerance, false, true, false);
-    const std::vector<bool> uncut(picture.pixels.size());
-    const auto plain = test::PlainAutoTrace(picture).DoTrace(x, y, tolerance, smooth, uncut);
+    const auto plain = test::PlainAutoTrace(picture).DoTrace(x, y, tolerance, smooth);
     Require(static_cast<std::size_t>(tracer.TracedLines().GetCount()) == plain.size(),
             "the plain rules' outlines");
     for (std::size_t i = 0; i < plain.size(); ++i) {

@@ -35,6 +35,10 @@ BITMAP Description(HBITMAP handle) {
     return bitmap;
 }
 
+CImgProc Loaded(const std::vector<std::string_view>& rows) {
+    return CImgProc(test::Bitmap1(Drawn(rows)).Get());
+}
+
 Lines LinesOf(const CPolyPolyPoint& lines) {
     Lines all;
     for (int i = 0; i < lines.GetCount(); ++i) {
@@ -180,8 +184,8 @@ TEST(ImgProc, CountsAreThoseOfTheirDefinitions) {
         200);
 }
 
-TEST(ImgProc, CountsAtTheEndsOfTheCoordinateRangeAreZero) {
-    CImgProc img(test::Bitmap1(Drawn({"##", "##"})).Get());
+TEST(ImgProc, CountsAndLinesAtTheEndsOfTheCoordinateRangeAreNone) {
+    CImgProc img = Loaded({"##", "##"});
     for (const int x : {kLowest, kHighest}) {
         for (const int y : {kLowest, kHighest, 0}) {
             EXPECT_EQ(img.CountPointPaths(x, y) + img.CountPointPaths2(x, y, 1) + img.CountPointPaths3(y, x),
@@ -231,16 +235,7 @@ TEST(ImgProc, SingleStepsAndSearchesAreThoseOfThePlainRules) {
 }
 
 TEST(ImgProc, ARingIsOneLineFromItsOneAnchorBackToIt) {
-    CImgProc img(test::Bitmap1(Drawn({
-                                   "........",
-                                   "..####..",
-                                   ".#....#.",
-                                   ".#....#.",
-                                   ".#....#.",
-                                   "..####..",
-                                   "........",
-                               }))
-                     .Get());
+    CImgProc img = Loaded({".####.", "#....#", "#....#", "#....#", ".####."});
     CPolyPolyPoint lines;
     img.TraceAnchorPointsAndLines(lines, 0);
     ASSERT_EQ(lines.GetCount(), 1);
@@ -250,29 +245,20 @@ TEST(ImgProc, ARingIsOneLineFromItsOneAnchorBackToIt) {
     EXPECT_EQ(img.mat().Get(line.front().first, line.front().second), IMGPROC_ANCHOR);
 }
 
-TEST(ImgProc, ASinglePixelIsNoLineButALooseStub) {
-    CImgProc img(test::Bitmap1(Drawn({"...", "...", "..#"})).Get());
+TEST(ImgProc, LooseStubsReachToBothSidesStopAtTheLimitAndAreAppended) {
     CPolyPolyPoint lines;
-    img.TraceAnchorPointsAndLines(lines, 0);
-    EXPECT_EQ(lines.GetCount(), 0);
-    img.TraceLoosePoints(lines, 0);
+    Loaded({"...", "...", "..#"}).TraceLoosePoints(lines, 0);
     EXPECT_EQ(LinesOf(lines), (Lines{{{1, 2}, {2, 2}, {3, 2}}}));
-}
-
-TEST(ImgProc, LooseStubsStopAtTheLimitAndAreAppended) {
-    CImgProc img(test::Bitmap1(Drawn({"#.#", "###"})).Get());
-    CPolyPolyPoint lines;
-    img.TraceLoosePoints(lines, 2);
-    EXPECT_EQ(lines.GetCount(), 2);
-    img.TraceLoosePoints(lines, 2);
-    EXPECT_EQ(lines.GetCount(), 3) << "the limit is looked at after a stub is appended";
-    img.TraceLoosePoints(lines, 0);
-    EXPECT_EQ(lines.GetCount(), 8);
+    CImgProc img = Loaded({"#.#", "###"});
+    for (const auto& [limit, count] : {std::pair(3, 3), {3, 4}, {0, 9}}) {
+        img.TraceLoosePoints(lines, limit);
+        EXPECT_EQ(lines.GetCount(), count) << "the limit is looked at after a stub is appended";
+    }
     EXPECT_EQ(Cells(img.mat()), "1.1\n111\n");
 }
 
 TEST(ImgProc, DrawnLinesHaveAnchorsAtTheirEnds) {
-    CImgProc img(test::Bitmap1(Drawn({"####", "####", "####"})).Get());
+    CImgProc img = Loaded({"####", "####", "####"});
     CPolyPolyPoint lines;
     const auto add = [&lines](std::initializer_list<POINT> points) {
         auto line = std::make_unique<CArray<POINT, POINT>>();

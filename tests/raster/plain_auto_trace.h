@@ -2,10 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <vector>
 
+#include "raster/plain_shape_trace.h"
 #include "tarvex/autotrace.h"
 
 namespace tarvex::test {
@@ -25,29 +24,25 @@ class PlainAutoTrace {
   public:
     using Outline = std::vector<DPOINT>;
 
-    explicit PlainAutoTrace(const ColourPicture& picture)
-        : m_picture(picture), m_fill(m_picture.pixels.size()), m_trace(m_fill) {}
+    explicit PlainAutoTrace(const ColourPicture& picture) : m_picture(picture) {}
 
-    std::vector<Outline> DoTrace(int x, int y, int tolerance, bool smooth, const std::vector<bool>& cut) {
-        std::fill(m_fill.begin(), m_fill.end(), false);
-        std::fill(m_trace.begin(), m_trace.end(), false);
-        int left = x, right = x, top = y, bottom = y;
-        for (const POINT& p : Fill(x, y, tolerance, cut)) {
-            left = std::min(left, static_cast<int>(p.x)), right = std::max(right, static_cast<int>(p.x));
-            top = std::min(top, static_cast<int>(p.y)), bottom = std::max(bottom, static_cast<int>(p.y));
+    std::vector<Outline> DoTrace(int x, int y, int tolerance, bool smooth) {
+        BitPicture fill = Fill(x, y, tolerance);
+        int left = fill.Width(), right = 0, top = fill.Height(), bottom = 0;
+        for (int py = 0; py < fill.Height(); ++py) {
+            for (int px = 0; px < fill.Width(); ++px) {
+                if (!fill.Get(px, py)) continue;
+                left = std::min(left, px), right = std::max(right, px);
+                top = std::min(top, py), bottom = std::max(bottom, py);
+            }
         }
-        left = std::max(left - 5, 0), top = std::max(top - 5, 0);
-        right = std::min(right + 5, m_picture.width), bottom = std::min(bottom + 5, m_picture.height);
-        if (smooth) Smooth(left, top, right, bottom);
-        return Trace(left, top, right, bottom);
+        const RECT frame = {std::max(left - 5, 0), std::max(top - 5, 0), std::min(right + 5, fill.Width()),
+                            std::min(bottom + 5, fill.Height())};
+        if (smooth) fill = Smoothed(Smoothed(fill, frame, 1, 1), frame, 2, 13);
+        return Trace(fill, frame);
     }
 
   private:
-    bool Filled(int x, int y) const {
-        return x >= 0 && y >= 0 && x < m_picture.width && y < m_picture.height && m_fill[Index(x, y)];
-    }
-    std::size_t Index(int x, int y) const { return static_cast<std::size_t>(y * m_picture.width + x); }
-
     RGBQUAD Colour(int x, int y, int tolerance) {
         if (tolerance == 0) return m_picture.At(x, y);
         int sum[3] = {};
@@ -61,83 +56,48 @@ class PlainAutoTrace {
                 0};
     }
 
-    std::vector<POINT> Fill(int x, int y, int tolerance, const std::vector<bool>& cut) {
-        std::vector<POINT> filled;
-        if (x < 0 || y < 0 || x >= m_picture.width || y >= m_picture.height) return filled;
-        const RGBQUAD seed = Colour(x, y, tolerance);
-        std::vector<POINT> waiting{{x, y}};
-        while (!waiting.empty()) {
-            const POINT p = waiting.back();
-            waiting.pop_back();
-            if (p.x < 0 || p.y < 0 || p.x >= m_picture.width || p.y >= m_picture.height) continue;
-            if (m_fill[Index(p.x, p.y)] || cut[Index(p.x, p.y)]) continue;
-            const RGBQUAD c = Colour(p.x, p.y, tolerance);
+    BitPicture Fill(int x, int y, int tolerance) {
+        return Region(m_picture.width, m_picture.height, x, y, [&](int px, int py) {
+            const RGBQUAD seed = Colour(x, y, tolerance), c = Colour(px, py, tolerance);
             const int r = c.rgbRed - seed.rgbRed, g = c.rgbGreen - seed.rgbGreen,
                       b = c.rgbBlue - seed.rgbBlue;
-            if (r * r + g * g + b * b > tolerance) continue;
-            m_fill[Index(p.x, p.y)] = true;
-            filled.push_back(p);
-            for (const POINT& n : {POINT{p.x - 1, p.y}, {p.x + 1, p.y}, {p.x, p.y - 1}, {p.x, p.y + 1}})
-                waiting.push_back(n);
-        }
-        return filled;
+            return r * r + g * g + b * b <= tolerance;
+        });
     }
 
-    void Smooth(int left, int top, int right, int bottom) {
-        for (const int radius : {1, 2}) {
-            const std::vector<bool> before = m_fill;
-            for (int y = top; y < bottom; ++y) {
-                for (int x = left; x < right; ++x) {
-                    int count = 0;
-                    for (int dy = -radius; dy <= radius; ++dy) {
-                        for (int dx = -radius; dx <= radius; ++dx)
-                            count += before[Index(std::clamp(x + dx, 0, m_picture.width - 1),
-                                                  std::clamp(y + dy, 0, m_picture.height - 1))];
-                    }
-                    if (count >= (radius == 1 ? 1 : 13)) m_fill[Index(x, y)] = true;
+    /// With what at least so many of the pixels around it are filled.
+    static BitPicture Smoothed(const BitPicture& fill, const RECT& frame, int radius, int least) {
+        BitPicture smoothed = fill;
+        for (int y = frame.top; y < frame.bottom; ++y) {
+            for (int x = frame.left; x < frame.right; ++x) {
+                int count = 0;
+                for (int dy = -radius; dy <= radius; ++dy) {
+                    for (int dx = -radius; dx <= radius; ++dx)
+                        count += fill.Get(std::clamp(x + dx, 0, fill.Width() - 1),
+                                          std::clamp(y + dy, 0, fill.Height() - 1));
                 }
+                if (count >= least) smoothed.Set(x, y);
             }
         }
+        return smoothed;
     }
 
-    std::vector<Outline> Trace(int left, int top, int right, int bottom) {
+    static std::vector<Outline> Trace(const BitPicture& fill, const RECT& frame) {
+        BitPicture traced(fill.Width(), fill.Height());
         std::vector<Outline> outlines;
-        for (int y = top; y < bottom; y += 10) {
-            for (int x = left; x < right; x += 10) {
-                if (!Filled(x, y) || m_trace[Index(x, y)]) continue;
-                Outline outline = Follow(x, y);
-                if (outline.empty()) continue;
-                outline.push_back(DPOINT(outline[0]));
-                for (const DPOINT& p : outline)
-                    m_trace[Index(static_cast<int>(p.x), static_cast<int>(p.y))] = true;
+        for (int y = frame.top; y < frame.bottom; y += 10) {
+            for (int x = frame.left; x < frame.right; x += 10) {
+                if (traced.Get(x, y)) continue;
+                const auto [taken, outline] = PlainOutline(fill, traced, x, y, 0);
+                if (!taken) continue;
+                for (const DPOINT& p : outline) traced.Set(static_cast<int>(p.x), static_cast<int>(p.y));
                 if (outline.size() > 5) outlines.push_back(outline);
             }
         }
         return outlines;
     }
 
-    Outline Follow(int x, int y) const {
-        static constexpr int dx[] = {1, 1, 0, -1, -1, -1, 0, 1};
-        static constexpr int dy[] = {0, 1, 1, 1, 0, -1, -1, -1};
-        while (Filled(x - 1, y)) --x;
-        bool alone = true;
-        for (int d = 0; d < 8; ++d) alone = alone && !Filled(x + dx[d], y + dy[d]);
-        if (alone) return {};
-        Outline points;
-        int atX = x, atY = y, last = 1;
-        do {
-            if (points.size() < 10 && m_trace[Index(atX, atY)]) return {};
-            points.push_back({static_cast<double>(atX), static_cast<double>(atY)});
-            int d = (last + (last % 2 == 1 ? 2 : 1)) % 8;
-            while (!Filled(atX + dx[d], atY + dy[d])) d = (d + 7) % 8;
-            atX += dx[d], atY += dy[d], last = d;
-        } while (atX != x || atY != y);
-        return points;
-    }
-
     ColourPicture m_picture;
-    std::vector<bool> m_fill;
-    std::vector<bool> m_trace;
 };
 
 }  // namespace tarvex::test

@@ -12,6 +12,33 @@
 
 namespace tarvex::test {
 
+/// The outline that begins with the run of set pixels around (x, y), and whether it is taken; when not, the
+/// points seen before it was refused. They are appended to `points`, which are taken for a walk's.
+inline std::pair<bool, std::vector<DPOINT>> PlainOutline(const BitPicture& shape, const BitPicture& traced,
+                                                         int x, int y, int minPoints,
+                                                         std::vector<DPOINT> points = {}) {
+    static constexpr int dx[] = {1, 1, 0, -1, -1, -1, 0, 1};
+    static constexpr int dy[] = {0, 1, 1, 1, 0, -1, -1, -1};
+    if (!shape.Get(x, y)) return {false, points};
+    while (shape.Get(x - 1, y)) --x;
+    bool alone = true;
+    for (int dir = 0; dir < 8; ++dir) alone = alone && !shape.Get(x + dx[dir], y + dy[dir]);
+    if (alone) return {false, points};
+    int atX = x, atY = y, lastDir = 1;
+    while (points.empty() || atX != x || atY != y) {
+        if (traced.Get(atX, atY) && points.size() < 10) return {false, points};
+        points.push_back({static_cast<double>(atX), static_cast<double>(atY)});
+        int dir = (lastDir % 2 == 1 ? lastDir + 2 : lastDir + 1) % 8;
+        while (!shape.Get(atX + dx[dir], atY + dy[dir])) dir = (dir + 7) % 8;
+        atX += dx[dir];
+        atY += dy[dir];
+        lastDir = dir;
+    }
+    if (static_cast<int>(points.size()) <= minPoints) return {false, points};
+    points.push_back(DPOINT(points[0]));
+    return {true, points};
+}
+
 class PlainShapeTrace {
   public:
     explicit PlainShapeTrace(const BitPicture& picture)
@@ -31,43 +58,12 @@ class PlainShapeTrace {
         return contours;
     }
 
-    /// The outline and whether it is taken; when not, the points seen before it was refused.
-    std::pair<bool, std::vector<DPOINT>> GetOutline(int x, int y, int minPoints) const {
-        std::vector<DPOINT> points;
-        if (!m_work.Get(x, y)) return {false, points};
-        while (m_work.Get(x - 1, y)) --x;
-        bool alone = true;
-        for (int dir = 0; dir < 8; ++dir) alone = alone && !m_work.Get(x + Dx(dir), y + Dy(dir));
-        if (alone) return {false, points};
-        int atX = x, atY = y, lastDir = 1;
-        for (;;) {
-            const int dir = Next(atX, atY, lastDir);
-            if (atX == x && atY == y && !points.empty()) break;
-            if (m_trace.Get(atX, atY) && points.size() < 10) return {false, points};
-            points.push_back({static_cast<double>(atX), static_cast<double>(atY)});
-            atX += Dx(dir);
-            atY += Dy(dir);
-            lastDir = dir;
-        }
-        if (static_cast<int>(points.size()) <= minPoints) return {false, points};
-        points.push_back(DPOINT(points[0]));
-        return {true, points};
+    std::pair<bool, std::vector<DPOINT>> GetOutline(int x, int y, int minPoints,
+                                                    std::vector<DPOINT> points = {}) const {
+        return PlainOutline(m_work, m_trace, x, y, minPoints, std::move(points));
     }
 
   private:
-    static int Dx(int d) { return ((d < 2 || d > 6) ? 1 : 0) - ((d > 2 && d < 6) ? 1 : 0); }
-    static int Dy(int d) { return ((d > 0 && d < 4) ? 1 : 0) - (d >= 5 ? 1 : 0); }
-
-    int Next(int x, int y, int lastDir) const {
-        int dir = lastDir % 2 == 1 ? lastDir + 2 : lastDir + 1;
-        if (dir >= 8) dir -= 8;
-        for (int i = 0; i < 8; ++i) {
-            if (m_work.Get(x + Dx(dir), y + Dy(dir))) return dir;
-            dir = dir == 0 ? 7 : dir - 1;
-        }
-        return 0;
-    }
-
     void AddEdges(int x, int y, std::vector<Contour>& contours, int minPoints) {
         auto [taken, points] = GetOutline(x, y, minPoints);
         if (!taken) return;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <string_view>
@@ -137,6 +138,29 @@ inline BitPicture AnyPicture() {
         default:
             return ThinLines(width, height, *rc::gen::inRange(1, 12), seed);
     }
+}
+
+/// A coordinate in a row or column of `size` pixels, just outside, or at the ends of the range.
+inline int AnyCoordinate(int size) {
+    return *rc::gen::weightedOneOf<int>(
+        {{12, rc::gen::inRange(-1, size + 1)},
+         {1, rc::gen::element(std::numeric_limits<int>::min(), std::numeric_limits<int>::max())}});
+}
+
+/// The plain seed fill: the pixels that hang together with (x, y) by their sides, all of them `isOf` the
+/// region.
+template <class IsOf>
+BitPicture Region(int width, int height, int x, int y, IsOf isOf) {
+    BitPicture region(width, height);
+    std::vector<std::pair<int, int>> open{{x, y}};
+    while (!open.empty()) {
+        const auto [px, py] = open.back();
+        open.pop_back();
+        if (!region.Inside(px, py) || region.Get(px, py) || !isOf(px, py)) continue;
+        region.Set(px, py);
+        open.insert(open.end(), {{px - 1, py}, {px + 1, py}, {px, py - 1}, {px, py + 1}});
+    }
+    return region;
 }
 
 /// Bytes of a row of 1-bit pixels in memory.

@@ -3,6 +3,7 @@
 
 #include "platform/handles.h"
 #include "raster/color/plain_reduction.h"
+#include "support/ascii_raster.h"
 #include "support/property.h"
 #include "tarvex/colors.h"
 #include "tarvex/raster.h"
@@ -175,22 +176,21 @@ TEST(ColorReduction, TakesTheMajorityOfAWindowInTheOrderOfClasses) {
 }
 
 TEST(ColorReduction, PalettesHaveTheClustersThatTheRulesLeave) {
-    const Color red{200, 0, 0};
-    EXPECT_EQ(Reduce(ColorPicture(40, 30, red), 5, 0).palette, std::vector{red});
-    EXPECT_TRUE(Reduce(ColorPicture(40, 30, red), 5, 0).picture == ColorPicture(40, 30, red));
-    // 1228 apart: one cluster from limit 1230 on, which a threshold of 1230 or less does not reach.
-    ColorPicture halves(300, 300, {100, 100, 100});
-    for (int y = 0; y < 300; ++y)
-        for (int x = 150; x < 300; ++x)
-            halves.At(x, y) = {118, 104, 109};  // 3 · 324 + 4 · 16 + 2 · 81 = 1198
-    EXPECT_EQ(Reduce(halves, 5, -30).palette.size(), 1U);
-    for (int y = 0; y < 300; ++y)
-        for (int x = 150; x < 300; ++x) halves.At(x, y) = {120, 102, 102};  // 1224
-    EXPECT_EQ(Reduce(halves, 5, 0).palette.size(), 1U);
-    EXPECT_EQ(Reduce(halves, 5, -23).palette.size(), 2U);  // threshold 1200
-    EXPECT_EQ(Reduce(halves, 5, INT32_MIN).palette.size(), 2U);
-    EXPECT_EQ(Reduce(halves, 1, -23).palette.size(), 1U);
-    EXPECT_EQ(Reduce(halves, 5, INT32_MAX).palette.size(), 1U);
+    struct Case {
+        Color right;
+        int wanted, level;
+        std::size_t clusters;
+    };
+    // Limits go up from 1200 in steps of 30 and stay below the threshold, which is 3500 at level 0.
+    const Color near{118, 104, 109}, far{120, 102, 102};  // 1198 and 1224 from the left half's colour
+    for (const Case& c : {Case{near, 5, -30, 1}, Case{far, 5, 0, 1}, Case{far, 5, -23, 2},
+                          Case{far, 5, INT32_MIN, 2}, Case{far, 1, -23, 1}, Case{far, 5, INT32_MAX, 1}}) {
+        ColorPicture halves(300, 300, {100, 100, 100});
+        for (int y = 0; y < 300; ++y)
+            for (int x = 150; x < 300; ++x) halves.At(x, y) = c.right;
+        EXPECT_EQ(Reduce(halves, c.wanted, c.level).palette.size(), c.clusters)
+            << c.right.r << " level " << c.level;
+    }
 }
 
 TEST(ColorReduction, BlackIsTheNearestToWhiteWhenThereIsNoOther) {
@@ -233,12 +233,8 @@ TEST(ColorReduction, SmallPicturesAreWorkedOnEnlarged) {
     const std::tuple<int, int, int> cases[] = {
         {120, 300, 2}, {99, 500, 4}, {100, 100, 2}, {249, 900, 2}, {250, 250, 1}};
     for (const auto& [width, height, factor] : cases) {
-        const UniqueBitmap bitmap = BitmapOf(ColorPicture(width, height, {9, 9, 9}));
-        const CColorReduction reduction(bitmap.Get());
-        EXPECT_EQ(reduction.Factor(), factor);
-        EXPECT_EQ(reduction.Image().width, width * factor);
-        EXPECT_EQ(reduction.MeanImage().height, height * factor);
-        EXPECT_EQ(reduction.Image().pixels == ImageOf(bitmap.Get()).pixels, factor == 1);
+        const UniqueBitmap bitmap = BitmapOf(ColorPicture(width, height));
+        EXPECT_EQ(CColorReduction(bitmap.Get()).Factor(), factor) << width;
     }
 }
 
@@ -267,50 +263,58 @@ TEST(ColorReduction, MeansAndMediansAreThoseOfNinePixels) {
     }
 }
 
+// Pixels beyond the image are the nearest ones inside.
 TEST(ColorReduction, RingsAndRectanglesEndWhereTheImageDoes) {
+    test::ExpectLaw([](unsigned seed) {
+        std::mt19937 random(seed);
+        ColorPicture picture(9, 7, {5, 6, 7});
+        for (Color& c : picture.pixels) c.b += random() % 12 == 0 ? 1 : 0;  // one step away is not the same
+        const UniqueBitmap bitmap = BitmapOf(picture);
+        const IMAGE image = ImageOf(bitmap.Get());
+        for (int y = -1; y <= 7; ++y) {
+            for (int x = -1; x <= 9; ++x) {
+                for (const int radius : {-1, 0, 1, 2, INT32_MAX}) {
+                    const int reach = std::clamp(radius, 0, 20);
+                    const Color first = picture.At(x - reach, y - reach);
+                    bool same = true;
+                    for (int k = -reach; k <= reach; ++k)
+                        same = same && picture.At(x + k, y - reach) == first &&
+                               picture.At(x + k, y + reach) == first &&
+                               picture.At(x - reach, y + k) == first && picture.At(x + reach, y + k) == first;
+                    Color c;
+                    RC_ASSERT(CColorReduction::AreRoundPixelsSame(image, x, y, radius, c.r, c.g, c.b) ==
+                              (same ? 1 : 0));
+                    RC_ASSERT(c == first);
+                }
+            }
+        }
+        const RECT area = {test::AnyCoordinate(9), test::AnyCoordinate(7), test::AnyCoordinate(9),
+                           test::AnyCoordinate(7)};
+        CColorReduction::FillRectAreaWithColor(image, area, Quad({1, 2, 3}, 99));
+        for (int y = 0; y < 7; ++y) {
+            for (int x = 0; x < 9; ++x)
+                if (x >= area.left && x < area.right && y >= area.top && y < area.bottom)
+                    picture.At(x, y) = {1, 2, 3};
+        }
+        RC_ASSERT(PictureOf(image) == picture && ReservedBytesStayed(image));
+    });
+}
+
+TEST(ColorReduction, SinglePixelsAreSetInsideAndReadAnywhere) {
     ColorPicture picture(9, 7, {5, 6, 7});
     const UniqueBitmap bitmap = BitmapOf(picture);
     const IMAGE image = ImageOf(bitmap.Get());
-    const auto same = [&](int x, int y, int radius) {
-        int r = -1, g = -1, b = -1;
-        const int answer = CColorReduction::AreRoundPixelsSame(image, x, y, radius, r, g, b);
-        EXPECT_EQ((Color{r, g, b}),
-                  Of(CColorReduction::GetPixel(image, std::max(0, x - radius), std::max(0, y - radius))));
-        return answer;
-    };
-    CColorReduction::SetPixel(image, 4, 3, 1, 2, 3);
-    EXPECT_EQ(same(4, 3, 1), 1);
-    EXPECT_EQ(same(4, 3, 0), 1);
-    EXPECT_EQ(same(3, 3, 1), 0);
-    EXPECT_EQ(same(4, 4, 1), 0);
-    EXPECT_EQ(same(4, 3, INT32_MAX), 1);
-    CColorReduction::SetPixel(image, 8, 6, 5, 6, 8);  // one step away is not the same
-    EXPECT_EQ(same(4, 3, INT32_MAX), 0);
-
-    constexpr LONG lowest = std::numeric_limits<LONG>::min();
-    constexpr LONG highest = std::numeric_limits<LONG>::max();
-    const RECT areas[] = {{2, 1, 5, 3}, {lowest, 5, 2, highest}, {8, lowest, highest, 1}, {5, 5, 2, 2}};
-    for (int k = 0; k < 4; ++k) CColorReduction::FillRectAreaWithColor(image, areas[k], Quad({k, k, k}, 99));
-    for (int y = 0; y < 7; ++y) {
-        for (int x = 0; x < 9; ++x) {
-            Color expected = x == 4 && y == 3   ? Color{1, 2, 3}
-                             : x == 8 && y == 6 ? Color{5, 6, 8}
-                                                : Color{5, 6, 7};
-            for (int k = 0; k < 4; ++k) {
-                const RECT& a = areas[k];
-                if (x >= a.left && x < a.right && y >= a.top && y < a.bottom) expected = {k, k, k};
-            }
-            EXPECT_EQ(Of(PixelAt(image, x, y)), expected) << x << ' ' << y;
-        }
-    }
-    EXPECT_TRUE(ReservedBytesStayed(image));
-    CColorReduction::SetPixel(image, 9, 0, Quad({1, 1, 1}));
-    CColorReduction::SetPixel(image, 0, -1, Quad({1, 1, 1}));
-    EXPECT_EQ(Of(CColorReduction::GetPixel(image, INT32_MAX, INT32_MIN)), (Color{2, 2, 2}));
+    CColorReduction::SetPixel(image, 8, 0, 1, 2, 3);
+    CColorReduction::SetPixel(image, 9, 0, Quad({9, 9, 9}));
+    CColorReduction::SetPixel(image, 0, -1, Quad({9, 9, 9}));
+    picture.At(8, 0) = {1, 2, 3};
+    EXPECT_TRUE(PictureOf(image) == picture && ReservedBytesStayed(image));
+    EXPECT_EQ(Of(CColorReduction::GetPixel(image, INT32_MAX, INT32_MIN)), (Color{1, 2, 3}));
     int r = 4, g = 4, b = 4;
     EXPECT_EQ(CColorReduction::GetMajorityPixel({}, 0, 0, 5, r, g, b), 0);
     EXPECT_EQ(CColorReduction::GetMajorityPixel(image, INT32_MAX, INT32_MIN, INT32_MIN, r, g, b), 0);
     CColorReduction::SetMajorityPixel(image, {}, 0, 0, 5);
+    EXPECT_TRUE(PictureOf(image) == picture);
     EXPECT_TRUE(CColorReduction::IsAlmostEqual(Quad({0, 0, 0}), Quad({11, 2, 2})));   // 363 + 16 + 8 = 387
     EXPECT_FALSE(CColorReduction::IsAlmostEqual(Quad({0, 0, 0}), Quad({11, 0, 4})));  // 363 + 32 = 395
 }

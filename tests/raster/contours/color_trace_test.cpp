@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "support/grey_picture.h"
 #include "support/property.h"
 #include "tarvex/colortrace.h"
 
@@ -193,27 +194,21 @@ TEST(TraceRegions, LayersShowEveryRegionAndNoBackground) {
 TEST(TraceRegions, BordersRunWhereSmoothedEdgesSay) {
     constexpr double radius = 17.3;
     constexpr double centre = 25.2;
+    const test::GreyPicture disc =
+        test::Render(50, 50, [](double x, double y) { return std::hypot(x - centre, y - centre) < radius; });
     const RGBQUAD colors[] = {{200, 40, 10, 0}, {30, 190, 250, 0}};
     Labels labels(50, 50);
     Labels onGround(50, 50, kNone);
     std::vector<RGBQUAD> source;
     std::vector<std::uint8_t> opacity;
-    for (int y = 0; y < 50; ++y) {
-        for (int x = 0; x < 50; ++x) {
-            int inside = 0;
-            for (int k = 0; k < 256; ++k) {
-                const double u = x + (k % 16 + 0.5) / 16 - centre;
-                const int row = k / 16;
-                const double v = y + (row + 0.5) / 16 - centre;
-                inside += std::hypot(u, v) < radius ? 1 : 0;
-            }
-            const auto mix = [&](int a, int b) {
-                return static_cast<BYTE>((a * (256 - inside) + b * inside) / 256);
-            };
-            source.push_back({mix(200, 30), mix(40, 190), mix(10, 250), 0});
-            opacity.push_back(mix(0, 255));
-            if (inside >= 128) labels.At(x, y) = onGround.At(x, y) = 1;
-        }
+    for (std::size_t i = 0; i < disc.levels.size(); ++i) {
+        const int inside = 255 - disc.levels[i];
+        const auto mix = [&](int a, int b) {
+            return static_cast<BYTE>((a * (255 - inside) + b * inside) / 255);
+        };
+        source.push_back({mix(200, 30), mix(40, 190), mix(10, 250), 0});
+        opacity.push_back(mix(0, 255));
+        if (inside >= 128) labels.labels[i] = onGround.labels[i] = 1;
     }
     RegionOptions hard;
     RegionOptions soft;
@@ -280,67 +275,71 @@ TEST(TraceRegions, HolesThatShowTheGroundStayOpen) {
 
 TEST(TraceRegions, RefusesWhatDoesNotFit) {
     const Labels labels({"01", "10"});
-    const std::vector<RGBQUAD> four(4);
-    const auto countOf = [&](LabelView view, RegionOptions options) {
-        return TraceRegions(view, options).size();
+    const std::vector<RGBQUAD> quads(4);
+    const std::vector<std::uint8_t> opacities(5);
+    struct Case {
+        const char* what;
+        LabelView view;
+        std::size_t source, colors, opacity;  // how many of each there are
+        std::size_t painted;
     };
-    RegionOptions options;
-    options.minPoints = 0;
-    EXPECT_EQ(countOf(labels.View(), options), 2U);
-    EXPECT_EQ(countOf({}, options), 0U);
-    EXPECT_EQ(countOf({labels.labels.data(), INT32_MAX, INT32_MAX, 0}, options), 0U);
-    options.source = four;
-    EXPECT_EQ(countOf(labels.View(), options), 0U);
-    options.colors = std::span(four).first(1);
-    EXPECT_EQ(countOf(labels.View(), options), 0U);  // label 1 has no colour
-    options.colors = four;
-    EXPECT_EQ(countOf(labels.View(), options), 2U);
-    options.source = std::span(four).first(3);
-    EXPECT_EQ(countOf(labels.View(), options), 0U);
-    options.source = {};
-    options.colors = {};
-    const std::uint8_t opacity[5]{};
-    options.opacity = opacity;
-    EXPECT_EQ(countOf(labels.View(), options), 0U);
-    RegionOptions stopped;
-    stopped.progress = [](double) { return false; };
+    const Case cases[] = {
+        {"labels alone are enough", labels.View(), 0, 0, 0, 2},
+        {"no picture", {}, 0, 0, 0, 0},
+        {"too large a picture", {labels.labels.data(), INT32_MAX, INT32_MAX, 0}, 0, 0, 0, 0},
+        {"a source without colours", labels.View(), 4, 0, 0, 0},
+        {"label 1 has no colour", labels.View(), 4, 1, 0, 0},
+        {"a source with its colours", labels.View(), 4, 4, 0, 2},
+        {"a source of other size", labels.View(), 3, 4, 0, 0},
+        {"an opacity of other size", labels.View(), 0, 0, 5, 0},
+    };
+    for (const Case& c : cases) {
+        RegionOptions options;
+        options.minPoints = 0;
+        options.source = std::span(quads).first(c.source);
+        options.colors = std::span(quads).first(c.colors);
+        options.opacity = std::span(opacities).first(c.opacity);
+        EXPECT_EQ(TraceRegions(c.view, options).size(), c.painted) << c.what;
+    }
+}
+
+TEST(TraceRegions, StopsWhenProgressSaysSo) {
     Labels noise(600, 600);
     std::mt19937 random(3);
     for (std::uint16_t& label : noise.labels) label = static_cast<std::uint16_t>(random() % 7);
+    RegionOptions stopped;
     stopped.minPoints = 0;
-    EXPECT_EQ(countOf(noise.View(), stopped), 0U);
+    stopped.progress = [](double) { return false; };
+    EXPECT_EQ(TraceRegions(noise.View(), stopped).size(), 0U);
 }
 
 constexpr RGBQUAD kWhite{255, 255, 255, 0};
 constexpr RGBQUAD kBlack{0, 0, 0, 0};
-constexpr RGBQUAD kGrey{128, 128, 128, 0};
-constexpr RGBQUAD kRed{0, 0, 220, 0};
 
 /// The labels of a row of pixels, repeated seven times downwards, all of which were reduced to label 0.
-std::vector<std::uint16_t> Restored(const std::vector<RGBQUAD>& row, std::vector<RGBQUAD>& colors,
-                                    std::size_t most) {
+std::string Restored(const std::string& row, std::vector<RGBQUAD>& colors, std::size_t most) {
+    static const std::map<char, RGBQUAD> pixels = {
+        {'W', kWhite}, {'l', {200, 200, 200, 0}}, {'g', {128, 128, 128, 0}}, {'d', {60, 60, 60, 0}},
+        {'B', kBlack}, {'R', {0, 0, 220, 0}}};
     std::vector<RGBQUAD> source;
-    for (int y = 0; y < 7; ++y) source.insert(source.end(), row.begin(), row.end());
+    for (int y = 0; y < 7; ++y)
+        for (const char c : row) source.push_back(pixels.at(c));
     const std::vector<std::uint16_t> reduced(source.size(), 0);
     const auto labels = RestoreThinFeatures(static_cast<int>(row.size()), source, reduced, colors, most);
-    const auto middle = labels.begin() + 3 * static_cast<std::ptrdiff_t>(row.size());
-    return {middle, middle + static_cast<std::ptrdiff_t>(row.size())};
+    std::string text;
+    for (std::size_t x = 0; x < row.size(); ++x) text += static_cast<char>('0' + labels[3 * row.size() + x]);
+    return text;
 }
 
 TEST(RestoreThinFeatures, BringsLinesBackAndNotBlends) {
-    std::vector<RGBQUAD> colors{kWhite, kBlack, kGrey};
-    using Row = std::vector<std::uint16_t>;
-    const RGBQUAD light{200, 200, 200, 0};
-    const RGBQUAD dark{60, 60, 60, 0};
-    EXPECT_EQ(Restored({kWhite, kWhite, kBlack, kWhite, kWhite}, colors, 3), (Row{0, 0, 1, 0, 0}));
-    EXPECT_EQ(Restored({kWhite, kWhite, kGrey, kWhite, kWhite}, colors, 3), (Row{0, 0, 2, 0, 0}));
-    // A blend between white and black is no grey line.
-    EXPECT_EQ(Restored({kWhite, kWhite, kGrey, kBlack, kBlack, kBlack}, colors, 3)[2] == 2, false);
-    EXPECT_EQ(Restored({kWhite, light, dark, kBlack, dark, light, kWhite}, colors, 3),
-              (Row{0, 0, 1, 1, 1, 0, 0}));
+    std::vector<RGBQUAD> colors{kWhite, kBlack, {128, 128, 128, 0}};
+    EXPECT_EQ(Restored("WWBWW", colors, 3), "00100");
+    EXPECT_EQ(Restored("WWgWW", colors, 3), "00200");
+    EXPECT_NE(Restored("WWgBBB", colors, 3)[2], '2') << "a blend of white and black is no grey line";
+    EXPECT_EQ(Restored("WldBdlW", colors, 3), "0011100");
     EXPECT_EQ(colors.size(), 3U);
     // A colour that no entry is near to is added if there is room.
-    EXPECT_EQ(Restored({kWhite, kWhite, kRed, kWhite, kWhite}, colors, 4), (Row{0, 0, 3, 0, 0}));
+    EXPECT_EQ(Restored("WWRWW", colors, 4), "00300");
     ASSERT_EQ(colors.size(), 4U);
     EXPECT_EQ(colors[3].rgbRed, 220);
 }
