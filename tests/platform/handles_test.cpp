@@ -50,12 +50,8 @@ TEST(Bitmap, IsDescribedAsItWasMade) {
         ASSERT_TRUE(bitmap);
         DIBSECTION section{};
         ASSERT_EQ(GetObject(bitmap.Get(), sizeof section, &section), static_cast<int>(sizeof section));
-        EXPECT_EQ(section.dsBm.bmWidth, row.width);
-        EXPECT_EQ(section.dsBm.bmHeight, std::abs(row.height));
-        EXPECT_EQ(section.dsBm.bmWidthBytes, row.rowBytes);
-        EXPECT_EQ(section.dsBm.bmPlanes, 1);
-        EXPECT_EQ(section.dsBm.bmBitsPixel, row.depth);
-        EXPECT_EQ(section.dsBm.bmBits, bits);
+        EXPECT_EQ(Fields(section.dsBm),
+                  std::tuple(0, row.width, std::abs(row.height), row.rowBytes, 1, row.depth, bits));
         EXPECT_EQ(section.dsBmih.biHeight, row.height);
         EXPECT_EQ(section.dsBmih.biSizeImage, static_cast<DWORD>(row.rowBytes * std::abs(row.height)));
         EXPECT_EQ(section.dsBmih.biClrUsed, row.depth == 1 ? 2u : 0u);
@@ -207,11 +203,14 @@ TEST(Selection, ReturnsWhatWasThereAndKeepsItFromBeingDeleted) {
         other.Reset();  // deleting a context lets go of its bitmap
         EXPECT_TRUE(DeleteObject(b.Detach()));
 
-        UniqueBrush brush(CreateSolidBrush(RGB(1, 2, 3)));
-        const HGDIOBJ former = SelectObject(dc.Get(), brush.Get());
-        EXPECT_EQ(former, GetStockObject(WHITE_BRUSH));
-        EXPECT_FALSE(DeleteObject(brush.Get()));
-        EXPECT_EQ(SelectObject(dc.Get(), former), brush.Get());
+        const std::pair<HGDIOBJ, int> tools[] = {{CreateSolidBrush(RGB(1, 2, 3)), WHITE_BRUSH},
+                                                 {CreatePen(PS_SOLID, 2, 0), BLACK_PEN}};
+        for (const auto& [tool, stock] : tools) {
+            EXPECT_EQ(SelectObject(dc.Get(), tool), GetStockObject(stock));
+            EXPECT_FALSE(DeleteObject(tool));
+            EXPECT_EQ(SelectObject(dc.Get(), GetStockObject(stock)), tool);
+            EXPECT_TRUE(DeleteObject(tool));
+        }
     }
     EXPECT_EQ(platform::Registry::Instance().LiveObjects(), live);
 }
