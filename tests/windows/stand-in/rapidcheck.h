@@ -116,11 +116,6 @@ Gen<T> arbitrary() {
     return [](Source& source) { return Arbitrary<T>::Make(source); };
 }
 
-template <class T>
-Gen<T> just(T value) {
-    return [value](Source&) { return value; };
-}
-
 template <class Container>
 Gen<typename Container::value_type> elementOf(Container all) {
     return [all](Source& source) { return all[source.random() % all.size()]; };
@@ -144,21 +139,6 @@ Gen<std::pair<A, B>> pair(Gen<A> a, Gen<B> b) {
     };
 }
 
-template <class... T>
-Gen<std::tuple<T...>> tuple(Gen<T>... parts) {
-    return [parts...](Source& source) { return std::tuple<T...>{parts(source)...}; };
-}
-
-template <class T>
-Gen<T> resize(int size, Gen<T> from) {
-    return [=](Source& source) {
-        const int before = std::exchange(source.size, size);
-        T value = from(source);
-        source.size = before;
-        return value;
-    };
-}
-
 template <class T>
 Gen<T> weightedOneOf(std::vector<std::pair<std::size_t, Gen<T>>> choices) {
     return [choices](Source& source) {
@@ -169,11 +149,6 @@ Gen<T> weightedOneOf(std::vector<std::pair<std::size_t, Gen<T>>> choices) {
         while (at >= choices[i].first) at -= choices[i++].first;
         return choices[i].second(source);
     };
-}
-
-template <class T, class... More>
-Gen<T> oneOf(Gen<T> first, More... more) {
-    return weightedOneOf<T>({{1, first}, {1, more}...});
 }
 
 template <class Container, class T>
@@ -204,18 +179,6 @@ Gen<Container> nonEmpty(Gen<Container> from) {
             all = from(source);
         }
         return all;
-    };
-}
-
-template <class T, class Condition>
-Gen<T> suchThat(Gen<T> from, Condition holds) {
-    return [from, holds](Source& source) {
-        T value = from(source);
-        for (int tries = 0; !holds(value); ++tries) {
-            if (tries == 1000) throw Discard{};
-            value = from(source);
-        }
-        return value;
     };
 }
 
