@@ -1,6 +1,8 @@
 // BMP: every depth, header and compression that is read gives the pixels that went in.
 #include "support/precompiled.h"
 
+#include <sstream>
+
 #include "apps/support/picture_matchers.h"
 #include "apps/support/sample_pictures.h"
 #include "tarvex/picture.h"
@@ -66,14 +68,12 @@ TEST(BmpReader, BlackAndWhiteStaysOneBitAPixelInEitherOrderOfThePalette) {
     }
 }
 
-struct FieldCase {
-    const char* name;
-    BmpSpec spec;
-    std::vector<std::uint32_t> masks;  // as they apply, given in the file or not
-};
-
 TEST(BmpReader, ColourFieldsOfEveryWidthAreScaledToTheNearestLevel) {
-    const FieldCase cases[] = {
+    const struct {
+        const char* name;
+        BmpSpec spec;
+        std::vector<std::uint32_t> masks;  // as they apply, given in the file or not
+    } cases[] = {
         {"16, implied", {16, 40, 0, false, {}, {}}, {0x7c00, 0x3e0, 0x1f}},
         {"24", {24, 40, 0, false, {}, {}}, {0xff0000, 0xff00, 0xff}},
         {"24, core header", {24, 12, 0, false, {}, {}}, {0xff0000, 0xff00, 0xff}},
@@ -85,7 +85,7 @@ TEST(BmpReader, ColourFieldsOfEveryWidthAreScaledToTheNearestLevel) {
         {"32, rgba in a long header", {32, 124, 3, true, {}, {0xff, 0xff00, 0xff0000, 0xff000000}}, {}},
         {"32, 11-11-10", {32, 108, 3, false, {}, {0xffe00000, 0x1ffc00, 0x3ff, 0}}, {}},
     };
-    for (const FieldCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const std::vector<std::uint32_t>& masks = c.masks.empty() ? c.spec.masks : c.masks;
         std::vector<std::uint32_t> pixels;
@@ -113,81 +113,79 @@ TEST(BmpReader, AnAlphaChannelThatIsZeroEverywhereIsIgnored) {
     EXPECT_EQ(DecodePicture(MakeBmp(2, 1, {0xff0000, 0x010000ff}, spec), {}).At(0, 0).alpha, 0);
 }
 
-struct RunCase {
-    const char* name;
-    unsigned bits;
-    FileBytes data;
-    std::vector<std::string> rows;  // from the top, a digit a pixel; empty when the data is damaged
-};
+/// The bytes of hexadecimal digits, two each; spaces mean nothing.
+FileBytes Hex(const std::string& digits) {
+    FileBytes bytes;
+    std::istringstream pairs(digits);
+    for (std::string word; pairs >> word;)
+        for (std::size_t i = 0; i < word.size(); i += 2)
+            bytes.push_back(static_cast<std::uint8_t>(std::stoi(word.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
 
 TEST(BmpReader, RunLengthsDecodeAsTheFormatDefinesThem) {
-    const RunCase cases[] = {
-        {"runs, from the bottom up", 8, {4, 1, 0, 0, 2, 2, 2, 3, 0, 0, 4, 0, 0, 1}, {"0000", "2233", "1111"}},
-        {"literals are padded to 16 bits",
-         8,
-         {0, 3, 1, 2, 3, 0, 1, 1, 0, 0, 0, 4, 3, 2, 1, 0, 0, 0, 4, 2, 0, 1},
-         {"2222", "3210", "1231"}},
-        {"a move skips with colour 0", 8, {1, 3, 0, 2, 1, 1, 2, 1, 0, 1}, {"0000", "0011", "3000"}},
-        {"the picture may end before its rows do", 8, {2, 1, 0, 1}, {"0000", "0000", "1100"}},
-        {"the closing mark may be missing", 8, {4, 1, 0, 0, 4, 2, 0, 0, 4, 3}, {"3333", "2222", "1111"}},
-        {"a run stops at the end of its row", 8, {9, 1, 0, 0, 9, 2, 0, 1}, {"0000", "2222", "1111"}},
-        {"4 bits: halves alternate",
-         4,
-         {4, 0x12, 0, 0, 3, 0x30, 1, 0x10, 0, 0, 0, 3, 0x12, 0x30, 0, 1},
-         {"1230", "3031", "1212"}},
-        {"4 bits: three literals need two bytes and no padding",
-         4,
-         {0, 3, 0x12, 0x30, 0, 1},
-         {"0000", "0000", "1230"}},
-        {"4 bits: five literals need three bytes and one of padding",
-         4,
-         {0, 5, 0x12, 0x30, 0x10, 0, 0, 0, 4, 0x11, 0, 1},
-         {"0000", "1111", "1230"}},
-        {"the data ends inside a run", 8, {4, 1, 0, 0, 4}, {}},
-        {"the data ends between rows", 8, {4, 1, 0, 0, 4, 2, 0, 0}, {}},
-        {"a move leaves the picture upwards", 8, {0, 2, 0, 3, 0, 1}, {}},
-        {"a move leaves the picture to the right", 8, {2, 1, 0, 2, 3, 0, 0, 1}, {}},
-        {"a colour beyond the palette", 8, {4, 4, 0, 1}, {}},
+    const struct {
+        const char* name;
+        unsigned bits;
+        const char* data;
+        std::string rows;  // from the top, a digit a pixel; empty when the data is damaged
+    } cases[] = {
+        {"runs, from the bottom up", 8, "0401 0000 0202 0203 0000 0400 0001", "0000/2233/1111"},
+        {"literals are padded to 16 bits", 8, "0003 0102 0300 0101 0000 0004 0302 0100 0000 0402 0001",
+         "2222/3210/1231"},
+        {"a move skips with colour 0", 8, "0103 0002 0101 0201 0001", "0000/0011/3000"},
+        {"the picture may end before its rows do", 8, "0201 0001", "0000/0000/1100"},
+        {"the closing mark may be missing", 8, "0401 0000 0402 0000 0403", "3333/2222/1111"},
+        {"a run stops at the end of its row", 8, "0901 0000 0902 0001", "0000/2222/1111"},
+        {"4 bits: halves alternate", 4, "0412 0000 0330 0110 0000 0003 1230 0001", "1230/3031/1212"},
+        {"4 bits: three literals need no padding", 4, "0003 1230 0001", "0000/0000/1230"},
+        {"4 bits: five literals need one byte of padding", 4, "0005 1230 1000 0000 0411 0001",
+         "0000/1111/1230"},
+        {"the data ends inside a run", 8, "0401 0000 04", ""},
+        {"the data ends between rows", 8, "0401 0000 0402 0000", ""},
+        {"a move leaves the picture upwards", 8, "0002 0003 0001", ""},
+        {"a move leaves the picture to the right", 8, "0201 0002 0300 0001", ""},
+        {"a colour beyond the palette", 8, "0404 0001", ""},
     };
     const std::vector<Rgba> palette = {RED, GREEN, BLUE, WHITE};
-    for (const RunCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const FileBytes file =
-            MakeBmpAround(4, 3, c.data, {c.bits, 40, c.bits == 8 ? 1u : 2u, false, palette, {}});
+            MakeBmpAround(4, 3, Hex(c.data), {c.bits, 40, c.bits == 8 ? 1u : 2u, false, palette, {}});
         if (c.rows.empty()) {
             EXPECT_THROW(DecodePicture(file, {}), PictureError);
             continue;
         }
         EXPECT_TRUE(Shows(DecodePicture(file, {}), 4, 3, [&](int x, int y) {
-            const char digit = c.rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
-            return palette[static_cast<std::size_t>(digit - '0')];
+            return palette[static_cast<std::size_t>(c.rows[static_cast<std::size_t>(5 * y + x)] - '0')];
         }));
     }
 }
 
 TEST(BmpReader, HeadersThatMakeNoSenseAreRefused) {
-    const auto refused = [](const BmpSpec& spec, const std::function<void(FileBytes&)>& change = {}) {
-        FileBytes file = MakeBmp(2, 2, {0, 0, 0, 0}, spec);
-        if (change) change(file);
-        try {
-            DecodePicture(file, {});
-        } catch (const PictureError&) {
-            return true;
-        }
-        return false;
+    const BmpSpec sound{24, 40, 0, false, {}, {}};
+    const struct {
+        const char* what;
+        BmpSpec spec;
+        std::size_t at = 0;  // of a byte that is changed
+        std::uint8_t value = 'B';
+    } cases[] = {
+        {"length of the header", sound, 14, 20},
+        {"25 bits", sound, 28, 25},
+        {"pixels in the header", sound, 10, 20},
+        {"negative width", sound, 21, 0x80},
+        {"runs of 24-bit pixels", {24, 40, 1, false, {}, {}}},
+        {"a PNG inside", {24, 40, 5, false, {}, {}}},
+        {"overlapping fields", {32, 40, 3, false, {}, {0xff, 0xff, 0xff00}}},
+        {"scattered fields", {32, 40, 3, false, {}, {0xf0f, 0xf0, 0xf000}}},
+        {"fields beyond the pixel", {16, 40, 3, false, {}, {0x1f0000, 0xf0, 0xf}}},
     };
-    EXPECT_FALSE(refused({24, 40, 0, false, {}, {}})) << "the files are sound before they are changed";
-    EXPECT_TRUE(refused({24, 40, 0, false, {}, {}}, [](FileBytes& f) { f[14] = 20; }))
-        << "length of the header";
-    EXPECT_TRUE(refused({24, 40, 0, false, {}, {}}, [](FileBytes& f) { f[28] = 25; })) << "25 bits";
-    EXPECT_TRUE(refused({24, 40, 0, false, {}, {}}, [](FileBytes& f) { f[10] = 20; }))
-        << "pixels in the header";
-    EXPECT_TRUE(refused({24, 40, 0, false, {}, {}}, [](FileBytes& f) { f[21] = 0x80; })) << "negative width";
-    EXPECT_TRUE(refused({24, 40, 1, false, {}, {}})) << "runs of 24-bit pixels";
-    EXPECT_TRUE(refused({24, 40, 5, false, {}, {}})) << "a PNG inside";
-    EXPECT_TRUE(refused({32, 40, 3, false, {}, {0xff, 0xff, 0xff00}})) << "overlapping fields";
-    EXPECT_TRUE(refused({32, 40, 3, false, {}, {0xf0f, 0xf0, 0xf000}})) << "scattered fields";
-    EXPECT_TRUE(refused({16, 40, 3, false, {}, {0x1f0000, 0xf0, 0xf}})) << "fields beyond the pixel";
+    EXPECT_NO_THROW(DecodePicture(MakeBmp(2, 2, {0, 0, 0, 0}, sound), {}));
+    for (const auto& c : cases) {
+        FileBytes file = MakeBmp(2, 2, {0, 0, 0, 0}, c.spec);
+        file[c.at] = c.value;
+        EXPECT_THROW(DecodePicture(file, {}), PictureError) << c.what;
+    }
 }
 
 }  // namespace

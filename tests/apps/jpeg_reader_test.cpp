@@ -29,29 +29,18 @@ std::uint8_t Byte(std::uint32_t value) { return static_cast<std::uint8_t>(value)
 
 TEST(JpegReader, GreyAndRgbKeepTheirValues) {
     for (const bool isProgressive : {false, true}) {
-        SCOPED_TRACE(isProgressive);
-        const Samples grey = Blocks(3, 2, 1);
-        const Picture greyPicture =
-            DecodePicture(MakeJpeg(grey, {JpegColour::Grey, isProgressive, 0, false}), {});
-        EXPECT_EQ(greyPicture.format, PixelFormat::Grey8);
-        EXPECT_TRUE(Shows(
-            greyPicture, 24, 16,
-            [&](int x, int y) {
-                const std::uint8_t v = Byte(grey.At(x, y, 0));
-                return Rgba{v, v, v, 255};
-            },
-            JPEG_TOLERANCE));
-
-        const Samples rgb = Blocks(3, 2, 3);
-        const Picture rgbPicture =
-            DecodePicture(MakeJpeg(rgb, {JpegColour::Rgb, isProgressive, 0, false}), {});
-        EXPECT_EQ(rgbPicture.format, PixelFormat::Rgb8);
-        EXPECT_TRUE(Shows(
-            rgbPicture, 24, 16,
-            [&](int x, int y) {
-                return Rgba{Byte(rgb.At(x, y, 0)), Byte(rgb.At(x, y, 1)), Byte(rgb.At(x, y, 2)), 255};
-            },
-            JPEG_TOLERANCE));
+        for (const auto& [channels, colour, format] :
+             {std::tuple(1, JpegColour::Grey, PixelFormat::Grey8), {3, JpegColour::Rgb, PixelFormat::Rgb8}}) {
+            SCOPED_TRACE(testing::Message() << channels << " channels, progressive " << isProgressive);
+            const Samples samples = Blocks(3, 2, channels);
+            const Picture picture = DecodePicture(MakeJpeg(samples, {colour, isProgressive, 0, false}), {});
+            EXPECT_EQ(picture.format, format);
+            const auto expected = [&samples, last = channels - 1](int x, int y) {
+                const auto at = [&](int c) { return Byte(samples.At(x, y, std::min(c, last))); };
+                return Rgba{at(0), at(1), at(2), 255};
+            };
+            EXPECT_TRUE(Shows(picture, 24, 16, expected, JPEG_TOLERANCE));
+        }
     }
 }
 

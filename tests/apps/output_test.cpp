@@ -73,12 +73,13 @@ void LimitFileSize() {
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-TEST(WriteOutput, AFailureHalfWayLeavesTheOldFileAndNothingElse) {
+TEST(WriteOutput, AnEndHalfWayLeavesTheOldFileAndNothingElse) {
     const TemporaryDirectory directory;
     WriteFile(directory / "a.svg", "old");
-    const auto fail = [&directory] {
+    const auto write = [&directory](void (*atTheLimit)(int)) {
+        RemoveOutputOnInterrupt();
         LimitFileSize();
-        std::signal(SIGXFSZ, SIG_IGN);
+        std::signal(SIGXFSZ, atTheLimit);
         try {
             WriteOutput(directory / "a.svg", std::string(100'000, 'x'));
         } catch (const ProgramError& error) {
@@ -87,22 +88,8 @@ TEST(WriteOutput, AFailureHalfWayLeavesTheOldFileAndNothingElse) {
         }
         std::_Exit(0);
     };
-    EXPECT_EXIT(fail(), testing::ExitedWithCode(3), "a.svg: cannot be written: File too large");
-    EXPECT_EQ(ReadFile(directory / "a.svg"), "old");
-    EXPECT_EQ(directory.Content(), "a.svg ");
-}
-
-TEST(WriteOutput, AnInterruptionHalfWayLeavesTheOldFileAndNothingElse) {
-    const TemporaryDirectory directory;
-    WriteFile(directory / "a.svg", "old");
-    const auto interrupt = [&directory] {
-        RemoveOutputOnInterrupt();
-        LimitFileSize();
-        std::signal(SIGXFSZ, [](int) { std::raise(SIGINT); });
-        WriteOutput(directory / "a.svg", std::string(100'000, 'x'));
-        std::_Exit(0);
-    };
-    EXPECT_EXIT(interrupt(), testing::ExitedWithCode(130), "");
+    EXPECT_EXIT(write(SIG_IGN), testing::ExitedWithCode(3), "a.svg: cannot be written: File too large");
+    EXPECT_EXIT(write([](int) { std::raise(SIGINT); }), testing::ExitedWithCode(130), "");
     EXPECT_EQ(ReadFile(directory / "a.svg"), "old");
     EXPECT_EQ(directory.Content(), "a.svg ");
 }

@@ -39,77 +39,75 @@ std::string Text(const std::vector<Contour>& contours) {
     return text;
 }
 
-struct PathCase {
-    const char* data;
-    const char* contours;
-};
+enum class Data { Sound, Damaged };
 
-TEST(SvgPath, EveryCommandDrawsWhatItsAbsoluteFormDraws) {
-    const PathCase cases[] = {
-        {"", ""},
-        {"M1 2", ""},
-        {"M1 2z", ""},
-        {"M 1,2 L 3,4", "1,2 L3,4"},
-        {"  M1 2L3 4\n", "1,2 L3,4"},
-        {"M1 2 3 4 5 6", "1,2 L3,4 L5,6"},
-        {"m1 2 3 4 5 6", "1,2 L4,6 L9,12"},
-        {"M1-2.5.5+3", "1,-2.5 L0.5,3"},
-        {"M1e1 2E+1L3e-1 4.", "10,20 L0.3,4"},
-        {"M0 0H5V6h-1v-2", "0,0 L5,0 L5,6 L4,6 L4,4"},
-        {"M0 0h1 2 3", "0,0 L1,0 L3,0 L6,0"},
-        {"M0 0C1 2 3 4 5 6", "0,0 C1,2 3,4 5,6"},
-        {"M1 1c1 2 3 4 5 6", "1,1 C2,3 4,5 6,7"},
-        {"M0 0C1 2 3 4 5 6S7 8 9 9", "0,0 C1,2 3,4 5,6 C7,8 7,8 9,9"},
-        {"M0 0c1 2 3 4 5 6s7 8 9 9", "0,0 C1,2 3,4 5,6 C7,8 12,14 14,15"},
-        {"M1 1S3 4 5 6", "1,1 C1,1 3,4 5,6"},
-        {"M0 0Q3 0 3 3", "0,0 C2,0 3,1 3,3"},
-        {"M1 1q3 0 3 3", "1,1 C3,1 4,2 4,4"},
-        {"M0 0Q3 0 3 3T6 9", "0,0 C2,0 3,1 3,3 C3,5 4,7 6,9"},
-        {"M0 0q3 0 3 3t3 6", "0,0 C2,0 3,1 3,3 C3,5 4,7 6,9"},
-        {"M0 0T3 3", "0,0 C0,0 1,1 3,3"},
-        {"M0 0Q3 0 3 3C3 3 3 3 4 4T5 5", "0,0 C2,0 3,1 3,3 C3,3 3,3 4,4 C4,4 4.333,4.333 5,5"},
-        {"M0 0h4v4z", "0,0 L4,0 L4,4 L0,0 z"},
-        {"M0 0h4v4L0 0Z", "0,0 L4,0 L4,4 L0,0 z"},
-        {"M1 1h4v4zh2m1 1h3", "1,1 L5,1 L5,5 L1,1 z; 1,1 L3,1; 4,2 L7,2"},
-        {"M1 1h4zm1 1h2", "1,1 L5,1 L1,1 z; 2,2 L4,2"},
-        {"M0 0A0 5 0 0 1 9 9", "0,0 L9,9"},
-        {"M0 0A5 5 0 0 1 0 0h1", "0,0 L1,0"},
-    };
-    for (const PathCase& c : cases) {
-        SCOPED_TRACE(c.data);
-        const PathContours path = ParsePathData(c.data);
-        EXPECT_TRUE(path.isSound);
-        EXPECT_EQ(Text(path.contours), c.contours);
+/// Each path data with the contours that it draws.
+void ExpectContours(std::initializer_list<std::pair<const char*, const char*>> cases, Data data) {
+    for (const auto& [text, contours] : cases) {
+        const PathContours path = ParsePathData(text);
+        EXPECT_EQ(path.isSound, data == Data::Sound) << text;
+        EXPECT_EQ(Text(path.contours), contours) << text;
     }
 }
 
+TEST(SvgPath, EveryCommandDrawsWhatItsAbsoluteFormDraws) {
+    ExpectContours(
+        {
+            {"", ""},
+            {"M1 2", ""},
+            {"M1 2z", ""},
+            {"M 1,2 L 3,4", "1,2 L3,4"},
+            {"  M1 2L3 4\n", "1,2 L3,4"},
+            {"M1 2 3 4 5 6", "1,2 L3,4 L5,6"},
+            {"m1 2 3 4 5 6", "1,2 L4,6 L9,12"},
+            {"M1-2.5.5+3", "1,-2.5 L0.5,3"},
+            {"M1e1 2E+1L3e-1 4.", "10,20 L0.3,4"},
+            {"M0 0H5V6h-1v-2", "0,0 L5,0 L5,6 L4,6 L4,4"},
+            {"M0 0h1 2 3", "0,0 L1,0 L3,0 L6,0"},
+            {"M0 0C1 2 3 4 5 6", "0,0 C1,2 3,4 5,6"},
+            {"M1 1c1 2 3 4 5 6", "1,1 C2,3 4,5 6,7"},
+            {"M0 0C1 2 3 4 5 6S7 8 9 9", "0,0 C1,2 3,4 5,6 C7,8 7,8 9,9"},
+            {"M0 0c1 2 3 4 5 6s7 8 9 9", "0,0 C1,2 3,4 5,6 C7,8 12,14 14,15"},
+            {"M1 1S3 4 5 6", "1,1 C1,1 3,4 5,6"},
+            {"M0 0Q3 0 3 3", "0,0 C2,0 3,1 3,3"},
+            {"M1 1q3 0 3 3", "1,1 C3,1 4,2 4,4"},
+            {"M0 0Q3 0 3 3T6 9", "0,0 C2,0 3,1 3,3 C3,5 4,7 6,9"},
+            {"M0 0q3 0 3 3t3 6", "0,0 C2,0 3,1 3,3 C3,5 4,7 6,9"},
+            {"M0 0T3 3", "0,0 C0,0 1,1 3,3"},
+            {"M0 0Q3 0 3 3C3 3 3 3 4 4T5 5", "0,0 C2,0 3,1 3,3 C3,3 3,3 4,4 C4,4 4.333,4.333 5,5"},
+            {"M0 0h4v4z", "0,0 L4,0 L4,4 L0,0 z"},
+            {"M0 0h4v4L0 0Z", "0,0 L4,0 L4,4 L0,0 z"},
+            {"M1 1h4v4zh2m1 1h3", "1,1 L5,1 L5,5 L1,1 z; 1,1 L3,1; 4,2 L7,2"},
+            {"M1 1h4zm1 1h2", "1,1 L5,1 L1,1 z; 2,2 L4,2"},
+            {"M0 0A0 5 0 0 1 9 9", "0,0 L9,9"},
+            {"M0 0A5 5 0 0 1 0 0h1", "0,0 L1,0"},
+        },
+        Data::Sound);
+}
+
 TEST(SvgPath, DamagedDataDrawsUpToItsFirstError) {
-    const PathCase cases[] = {
-        {"L1 1", ""},
-        {"5 5", ""},
-        {"M0 0L1 1 L", "0,0 L1,1"},
-        {"M0 0L1 1 2", "0,0 L1,1"},
-        {"M0 0L1 1,L2 2", "0,0 L1,1"},
-        {"M0 0L1,,1", ""},
-        {"M0 0L,1 1", ""},
-        {"M0 0h1x1", "0,0 L1,0"},
-        {"M0 0h1z1", "0,0 L1,0 L0,0 z"},
-        {"M0 0h1#", "0,0 L1,0"},
-        {"M0 0h1LNaN 1", "0,0 L1,0"},
-        {"M0 0h1Linf 1", "0,0 L1,0"},
-        {"M0 0h1L0x10 1", "0,0 L1,0"},
-        {"M0 0h1a5 5 0 2 0 9 9", "0,0 L1,0"},
-        {"M0 0h1c1 2 3 4 5", "0,0 L1,0"},
-        {"M0 0h1\xC3\xA9", "0,0 L1,0"},
-        {"M0 0h1e", "0,0 L1,0"},
-        {"M0 0h.", ""},
-    };
-    for (const PathCase& c : cases) {
-        SCOPED_TRACE(c.data);
-        const PathContours path = ParsePathData(c.data);
-        EXPECT_FALSE(path.isSound);
-        EXPECT_EQ(Text(path.contours), c.contours);
-    }
+    ExpectContours(
+        {
+            {"L1 1", ""},
+            {"5 5", ""},
+            {"M0 0L1 1 L", "0,0 L1,1"},
+            {"M0 0L1 1 2", "0,0 L1,1"},
+            {"M0 0L1 1,L2 2", "0,0 L1,1"},
+            {"M0 0L1,,1", ""},
+            {"M0 0L,1 1", ""},
+            {"M0 0h1x1", "0,0 L1,0"},
+            {"M0 0h1z1", "0,0 L1,0 L0,0 z"},
+            {"M0 0h1#", "0,0 L1,0"},
+            {"M0 0h1LNaN 1", "0,0 L1,0"},
+            {"M0 0h1Linf 1", "0,0 L1,0"},
+            {"M0 0h1L0x10 1", "0,0 L1,0"},
+            {"M0 0h1a5 5 0 2 0 9 9", "0,0 L1,0"},
+            {"M0 0h1c1 2 3 4 5", "0,0 L1,0"},
+            {"M0 0h1\xC3\xA9", "0,0 L1,0"},
+            {"M0 0h1e", "0,0 L1,0"},
+            {"M0 0h.", ""},
+        },
+        Data::Damaged);
 }
 
 std::string ArcData(double rx, double ry, double turn, bool isLarge, bool isPositive, const DPOINT& end) {
@@ -186,52 +184,6 @@ TEST(SvgPath, BasicShapesWithoutAnAreaHaveNoContour) {
     EXPECT_EQ(PolylineContours({{1, 1}}, true).size(), 0u);
     EXPECT_EQ(Text(PolylineContours({{1, 1}, {2, 2}}, true)), "1,1 L2,2 L1,1 z");
     EXPECT_EQ(Text(PolylineContours({{1, 1}, {2, 2}}, false)), "1,1 L2,2");
-}
-
-/// The plain way: many short lines.
-std::vector<DPOINT> Sampled(const Contour& nodes) {
-    std::vector<DPOINT> points;
-    for (std::size_t i = 0; i + 1 < nodes.size(); ++i) {
-        const CBezier curve(nodes[i], nodes[i + 1]);
-        for (int k = 0; k < 2000; ++k) points.push_back(curve.GetCurvePoint(k / 2000.0));
-    }
-    points.push_back(nodes.back().pt);
-    return points;
-}
-
-TEST(Measure, FrameLengthAndAreaAreThoseOfManyShortLines) {
-    ExpectLaw([] {
-        const auto point = [] {
-            return DPOINT{double(*rc::gen::inRange(-100, 100)), double(*rc::gen::inRange(-100, 100))};
-        };
-        Contour nodes;
-        for (int i = *rc::gen::inRange(2, 5); i > 0; --i) {
-            const DPOINT p = point();
-            nodes.push_back(*rc::gen::arbitrary<bool>() ? BPOINT{p, p, p} : BPOINT{point(), p, point()});
-        }
-        const std::vector<DPOINT> points = Sampled(nodes);
-        DRECT frame{1e9, -1e9, 1e9, -1e9};
-        double length = 0;
-        double area = 0;
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            const DPOINT& a = points[i];
-            const DPOINT& b = points[(i + 1) % points.size()];
-            if (i + 1 < points.size()) length += std::hypot(b.x - a.x, b.y - a.y);
-            area += (a.x * b.y - a.y * b.x) / 2;
-            frame = United(frame, {a.x, a.x, a.y, a.y});
-        }
-        const auto found = FrameOf(nodes);
-        RC_ASSERT(found.has_value());
-        const double slack = 1e-3;  // of 2000 lines a segment some hundred units long
-        for (const auto& [a, b] : {std::pair{found->left, frame.left},
-                                   {found->right, frame.right},
-                                   {found->top, frame.top},
-                                   {found->bottom, frame.bottom}}) {
-            RC_ASSERT(std::fabs(a - b) < slack);
-        }
-        RC_ASSERT(std::fabs(GetBezierLength(nodes) - length) < 1e-6 * length + 1e-3);
-        RC_ASSERT(std::fabs(GetBezierArea(nodes) - area) < 1e-1);
-    });
 }
 
 }  // namespace

@@ -63,6 +63,24 @@ void SetPngColours(png_structp png, png_infop info, const PngSpec& spec) {
     }
 }
 
+/// A PNG up to its pixels, and what `writeOn` writes after that.
+template <class WriteOn>
+FileBytes WritePng(int width, int height, int depth, const PngSpec& spec, WriteOn writeOn) {
+    FileBytes out;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_set_write_fn(png, &out, OnPngWrite, nullptr);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), depth,
+                 static_cast<int>(spec.colour), static_cast<int>(spec.interlace),
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    SetPngColours(png, info, spec);
+    png_set_check_for_invalid_index(png, 0);
+    png_write_info(png, info);
+    writeOn(png);
+    png_destroy_write_struct(&png, &info);
+    return out;
+}
+
 /// An Exif block of one directory with one entry, the orientation.
 FileBytes ExifBlock(int orientation, bool bigEndian) {
     FileBytes out = {'E', 'x', 'i', 'f', 0, 0};
@@ -103,35 +121,18 @@ Samples RandomSamples(int width, int height, int channels, int depth, unsigned s
 }
 
 FileBytes MakePng(const Samples& samples, const PngSpec& spec) {
-    FileBytes out;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_set_write_fn(png, &out, OnPngWrite, nullptr);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(samples.width), static_cast<png_uint_32>(samples.height),
-                 samples.depth, static_cast<int>(spec.colour), static_cast<int>(spec.interlace),
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    SetPngColours(png, info, spec);
-    png_set_check_for_invalid_index(png, 0);
-    png_write_info(png, info);
-    std::vector<FileBytes> rows;
-    for (int y = 0; y < samples.height; ++y) rows.push_back(PackRow(samples, y));
-    std::vector<png_bytep> pointers;
-    for (FileBytes& row : rows) pointers.push_back(row.data());
-    png_write_image(png, pointers.data());
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    return out;
+    return WritePng(samples.width, samples.height, samples.depth, spec, [&samples](png_structp png) {
+        std::vector<FileBytes> rows;
+        for (int y = 0; y < samples.height; ++y) rows.push_back(PackRow(samples, y));
+        std::vector<png_bytep> pointers;
+        for (FileBytes& row : rows) pointers.push_back(row.data());
+        png_write_image(png, pointers.data());
+        png_write_end(png, nullptr);
+    });
 }
 
-FileBytes MakePngHeader(std::uint32_t width, std::uint32_t height) {
-    FileBytes out;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_set_write_fn(png, &out, OnPngWrite, nullptr);
-    png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_write_info(png, info);
-    png_destroy_write_struct(&png, &info);
+FileBytes MakePngHeader(int width, int height) {
+    FileBytes out = WritePng(width, height, 8, {PngColour::Rgb, Interlace::None, {}, {}}, [](png_structp) {});
     const FileBytes emptyData = {0, 0, 0, 0, 'I', 'D', 'A', 'T', 0x35, 0xaf, 0x06, 0x1e};
     out.insert(out.end(), emptyData.begin(), emptyData.end());
     return out;
@@ -175,23 +176,16 @@ FileBytes MakeJpeg(const Samples& samples, const JpegSpec& spec) {
 
 FileBytes MakeBmpAround(int width, int height, const FileBytes& data, const BmpSpec& spec) {
     FileBytes info;
+    const auto put = [&info](std::initializer_list<std::pair<std::int64_t, int>> fields) {
+        for (const auto& [value, size] : fields) PutLittle(info, static_cast<std::uint32_t>(value), size);
+    };
     PutLittle(info, spec.headerSize, 4);
     if (spec.headerSize == 12) {
-        PutLittle(info, static_cast<std::uint32_t>(width), 2);
-        PutLittle(info, static_cast<std::uint32_t>(height), 2);
-        PutLittle(info, 1, 2);
-        PutLittle(info, spec.bits, 2);
+        put({{width, 2}, {height, 2}, {1, 2}, {spec.bits, 2}});
     } else {
-        PutLittle(info, static_cast<std::uint32_t>(width), 4);
-        PutLittle(info, static_cast<std::uint32_t>(spec.isTopDown ? -height : height), 4);
-        PutLittle(info, 1, 2);
-        PutLittle(info, spec.bits, 2);
-        PutLittle(info, spec.compression, 4);
-        PutLittle(info, static_cast<std::uint32_t>(data.size()), 4);
-        PutLittle(info, 2835, 4);
-        PutLittle(info, 2835, 4);
-        PutLittle(info, static_cast<std::uint32_t>(spec.palette.size()), 4);
-        PutLittle(info, 0, 4);
+        put({{width, 4}, {spec.isTopDown ? -height : height, 4}, {1, 2}, {spec.bits, 2}});
+        put({{spec.compression, 4}, {std::ssize(data), 4}});
+        put({{2835, 4}, {2835, 4}, {std::ssize(spec.palette), 4}, {0, 4}});
         for (const std::uint32_t mask : spec.masks) PutLittle(info, mask, 4);
         if (info.size() < spec.headerSize) info.resize(spec.headerSize);
     }

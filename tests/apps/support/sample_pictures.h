@@ -42,7 +42,7 @@ struct PngSpec {
 
 FileBytes MakePng(const Samples& samples, const PngSpec& spec);
 /// A PNG that announces a size and has no pixels.
-FileBytes MakePngHeader(std::uint32_t width, std::uint32_t height);
+FileBytes MakePngHeader(int width, int height);
 
 enum class JpegColour { Grey, Rgb, Cmyk, AdobeCmyk };
 
