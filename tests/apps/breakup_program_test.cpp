@@ -1,18 +1,12 @@
 // `tarvex breakup` and `tarvex region`, as built.
 #include "support/precompiled.h"
 
-#include <nlohmann/json.hpp>
-
 #include "apps/support/program.h"
 #include "apps/support/satin_checker.h"
-#include "apps/support/temporary_directory.h"
 #include "breakup/shapes.h"
 
 namespace tarvex::app::test {
 namespace {
-
-using Json = nlohmann::json;
-using Arguments = std::vector<std::string>;
 
 /// Letters, a ring, a fill that overlaps itself, something wide, and what is no fill.
 const char* const DRAWING =
@@ -23,29 +17,23 @@ const char* const DRAWING =
     "<rect x='400' y='20' width='90' height='180'/>"
     "<path d='M0 0H500' stroke='red' fill='none'/></svg>";
 
-std::string Done(const Arguments& arguments, const std::string& input) {
-    const ProgramResult result = RunTarvex(arguments, input);
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    return result.output;
+/// What the satin's reader finds in the file that a drawing or picture becomes.
+SatinFile SatinOf(const std::string& input, const Arguments& options = {}) {
+    return CheckSatin(OutputOf(Arguments{"breakup", "-", "-o", "-", "--format", "satin"} + options, input));
 }
 
 TEST(BreakUpProgram, WritesSatinColumnsThatTheirReaderTakes) {
-    const std::string text = Done({"breakup", "-", "-o", "-", "--format", "satin"}, DRAWING);
+    const std::string text = OutputOf({"breakup", "-", "-o", "-", "--format", "satin"}, DRAWING);
     const SatinFile file = CheckSatin(text);
     EXPECT_THAT(file.faults, testing::IsEmpty());
     EXPECT_EQ(file.columns, 2 + 1 + 3);
     ASSERT_EQ(file.fills, 1) << "18 mm are wider than a satin can be";
     EXPECT_NEAR(std::min(file.angles[0], 180 - file.angles[0]), 0, 1) << "stitches run across the height";
     EXPECT_THAT(text, testing::HasSubstr("width=\"100mm\" height=\"50mm\""));
-    EXPECT_EQ(
-        CheckSatin(Done({"breakup", "-", "-o", "-", "--format", "satin", "--max-satin-mm", "19"}, DRAWING))
-            .fills,
-        0);
-    const std::string large =
-        Done({"breakup", "-", "-o", "-", "--format", "satin", "--mm-width", "400"}, DRAWING);
-    EXPECT_THAT(large, testing::HasSubstr("width=\"400mm\""));
-    EXPECT_GT(CheckSatin(large).fills, 1);
+    EXPECT_EQ(SatinOf(DRAWING, {"--max-satin-mm", "19"}).fills, 0);
+    EXPECT_GT(SatinOf(DRAWING, {"--mm-width", "400"}).fills, 1);
+    EXPECT_THAT(OutputOf({"breakup", "-", "-o", "-", "--format", "satin", "--mm-width", "400"}, DRAWING),
+                testing::HasSubstr("width=\"400mm\""));
 }
 
 TEST(BreakUpProgram, WritesSatinForEveryFixedShape) {
@@ -54,8 +42,7 @@ TEST(BreakUpProgram, WritesSatinForEveryFixedShape) {
             "P5 " + std::to_string(shape.size) + ' ' + std::to_string(shape.size) + " 255\n";
         for (int y = 0; y < shape.size; ++y)
             for (int x = 0; x < shape.size; ++x) picture += shape.inside(x + 0.5, y + 0.5) ? '\0' : '\xff';
-        const SatinFile file = CheckSatin(
-            Done({"breakup", "-", "-o", "-", "--format", "satin", "--max-satin-mm", "100"}, picture));
+        const SatinFile file = SatinOf(picture, {"--max-satin-mm", "100"});
         EXPECT_THAT(file.faults, testing::IsEmpty()) << shape.name;
         EXPECT_GT(file.columns, 0) << shape.name;
         EXPECT_EQ(file.fills, 0) << shape.name;
@@ -64,7 +51,7 @@ TEST(BreakUpProgram, WritesSatinForEveryFixedShape) {
 
 TEST(BreakUpProgram, TellsEverythingInJsonAndShowsItInLayers) {
     const TemporaryDirectory directory;
-    const std::string svg = Done({"breakup", "-", "-o", "-", "--json", directory / "all.json"}, DRAWING);
+    const std::string svg = OutputOf({"breakup", "-", "-o", "-", "--json", directory / "all.json"}, DRAWING);
     for (const char* layer : {"regions", "inclinations", "rails", "cuts"})
         EXPECT_THAT(svg, testing::HasSubstr(std::string("inkscape:label=\"") + layer + '"'));
     const Json all = Json::parse(ReadFile(directory / "all.json"));
@@ -81,7 +68,7 @@ TEST(BreakUpProgram, TellsEverythingInJsonAndShowsItInLayers) {
     }
     EXPECT_EQ(all["shapes"][1]["islands"][0]["regions"][0].at("ring"), true);
     EXPECT_EQ(all["shapes"][2]["islands"][0]["regions"].size(), 3U) << "two subpaths that cross are one plus";
-    EXPECT_THAT(Done({"breakup", "-", "-o", "-", "--format", "png"}, DRAWING),
+    EXPECT_THAT(OutputOf({"breakup", "-", "-o", "-", "--format", "png"}, DRAWING),
                 testing::StartsWith("\x89PNG"));
 }
 
@@ -91,47 +78,30 @@ TEST(BreakUpProgram, OutlinesTheRegionAroundAPixel) {
         for (int x = 0; x < 60; ++x)
             picture += x >= 10 && x < 50 && y >= 10 && y < 30 ? (x < 30 ? "3 " : "4 ") : "9 ";
     const Arguments base = {"region", "-", "-o", "-", "--seed", "12,12", "--no-smooth"};
-    const auto with = [&base](Arguments more) {
-        more.insert(more.begin(), base.begin(), base.end());
-        return more;
-    };
-    EXPECT_THAT(Done(base, picture), testing::HasSubstr("m10.5 15.5")) << "through the pixels' centres";
-    const Json narrow = Json::parse(Done(with({"--format", "json"}), picture));
+    EXPECT_THAT(OutputOf(base, picture), testing::HasSubstr("m10.5 15.5")) << "through the pixels' centres";
+    const Json narrow = Json::parse(OutputOf(base + Arguments({"--format", "json"}), picture));
     EXPECT_EQ(narrow.at("contours").at(0).at("nodes").size(), 2U * (19 + 19) + 1);
-    const Json wide = Json::parse(Done(with({"--format", "json", "--tolerance", "60"}), picture));
+    const Json wide =
+        Json::parse(OutputOf(base + Arguments({"--format", "json", "--tolerance", "60"}), picture));
     EXPECT_GT(wide.at("contours").at(0).at("nodes").size(), 105U) << "corners are those of means";
-    const Json stitches = Json::parse(Done(with({"--format", "json", "--breakup"}), picture));
+    const Json stitches = Json::parse(OutputOf(base + Arguments({"--format", "json", "--breakup"}), picture));
     EXPECT_EQ(stitches.at("shapes").at(0).at("islands").at(0).at("regions").size(), 1U);
 }
 
 TEST(BreakUpProgram, SaysWhatIsWrong) {
-    const struct {
-        Arguments arguments;
-        std::string input;
-        int status;
-        const char* message;
-    } cases[] = {
-        {{"breakup", "-", "-o", "-"}, "<svg xmlns='http://www.w3.org/2000/svg'/>", 1, "no filled shape"},
-        {{"breakup", "-", "-o", "-"}, "P1 4 4 0000 0000 0000 0000", 1, "no filled shape"},
-        {{"breakup", "-", "-o", "-"}, "junk", 3, "standard input"},
-        {{"breakup", "-", "-o", "x.dat"}, "", 2, "--format"},
-        {{"breakup", "-", "-o", "-", "--mm-width", "nan"}, "", 2, "--mm-width"},
-        {{"breakup", "-", "-o", "-", "--format", "dst"}, "", 2, "'dst' is none of"},
-        {{"region", "-", "-o", "-", "--seed", "5"}, "", 2, "--seed"},
-        {{"region", "-", "-o", "-", "--seed", "5,-1"}, "", 2, "--seed"},
-        {{"region", "-", "-o", "-", "--seed", "5,4"},
-         "P1 4 4 0000 0000 0000 0000",
-         1,
-         "outside the picture of 4 x 4"},
-        {{"region", "-", "-o", "-", "--seed", "1,1", "--format", "satin"}, "", 2, "need --breakup"},
-    };
-    for (const auto& c : cases) {
-        const ProgramResult result = RunTarvex(c.arguments, c.input);
-        EXPECT_EQ(result.status, c.status) << c.message;
-        EXPECT_THAT(result.errors, testing::HasSubstr(c.message));
-        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-        EXPECT_EQ(result.output, "");
-    }
+    const std::string white = "P1 4 4 0000 0000 0000 0000";
+    ExpectFailures({
+        {"breakup - -o -", 1, "no filled shape", "<svg/>"},
+        {"breakup - -o -", 1, "no filled shape", white},
+        {"breakup - -o -", 3, "standard input", "junk"},
+        {"breakup - -o x.dat", 2, "--format"},
+        {"breakup - -o - --mm-width nan", 2, "--mm-width"},
+        {"breakup - -o - --format dst", 2, "'dst' is none of"},
+        {"region - -o - --seed 5", 2, "--seed"},
+        {"region - -o - --seed 5,-1", 2, "--seed"},
+        {"region - -o - --seed 5,4", 1, "outside the picture of 4 x 4", white},
+        {"region - -o - --seed 1,1 --format satin", 2, "need --breakup"},
+    });
 }
 
 }  // namespace

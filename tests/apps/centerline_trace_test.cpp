@@ -3,8 +3,9 @@
 
 #include <regex>
 
-#include "apps/support/path_parser.h"
 #include "apps/support/program.h"
+#include "tarvex/bezier.h"
+#include "tarvex/svg_path.h"
 
 namespace tarvex::app::test {
 namespace {
@@ -45,17 +46,11 @@ std::vector<WrittenStroke> ReadStrokes(const std::string& svg) {
     std::vector<WrittenStroke> strokes;
     for (std::sregex_iterator i(svg.begin(), svg.end(), element), end; i != end; ++i) {
         const std::string data = (*i)[2];
-        for (const ParsedContour& contour : ParsePath(data)) {
-            WrittenStroke stroke{std::stod((*i)[1]), {contour.start}};
-            for (const ParsedSegment& s : contour.segments) {
-                for (int k = 1; k <= 16; ++k) {
-                    const double t = k / 16.0, u = 1 - t;
-                    const double a = u * u * u, b = 3 * u * u * t, c = 3 * u * t * t, d = t * t * t;
-                    stroke.points.push_back(
-                        s.isLine ? DPOINT{u * s.start.x + t * s.end.x, u * s.start.y + t * s.end.y}
-                                 : DPOINT{a * s.start.x + b * s.c1.x + c * s.c2.x + d * s.end.x,
-                                          a * s.start.y + b * s.c1.y + c * s.c2.y + d * s.end.y});
-                }
+        for (const Contour& nodes : ParsePathData(data).contours) {
+            WrittenStroke stroke{std::stod((*i)[1]), {nodes[0].pt}};
+            for (std::size_t n = 1; n < nodes.size(); ++n) {
+                for (int k = 1; k <= 16; ++k)
+                    stroke.points.push_back(CBezier(nodes[n - 1], nodes[n]).GetCurvePoint(k / 16.0));
             }
             strokes.push_back(std::move(stroke));
         }

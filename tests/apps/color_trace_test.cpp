@@ -1,13 +1,10 @@
 // `tarvex trace --mode color`: what is painted, in which colours, and what the options may be.
 #include "support/precompiled.h"
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 
 #include "apps/support/program.h"
 #include "apps/support/sample_pictures.h"
-#include "apps/support/temporary_directory.h"
 #include "tarvex/png_writer.h"
 
 namespace tarvex::app::test {
@@ -28,11 +25,6 @@ Picture MakeFlag() {
         }
     }
     return picture;
-}
-
-std::string Content(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::vector<std::string> Fills(const std::string& svg) {
@@ -56,7 +48,7 @@ TEST(ColorTrace, PaintsTheColoursOfThePictureFromLargeToSmall) {
         arguments.insert(arguments.end(), more.begin(), more.end());
         const ProgramResult run = RunTarvex(arguments);
         EXPECT_EQ(run.status, 0) << run.errors;
-        return Content(out);
+        return ReadFile(out);
     };
     const std::string stacked = trace({"--colors", "5"});
     EXPECT_THAT(stacked, testing::HasSubstr("width=\"60\" height=\"40\" viewBox=\"0 0 60 40\""));
@@ -75,38 +67,23 @@ TEST(ColorTrace, SaysWhatIsWrong) {
     WriteFile(directory / "in.png", EncodePng(MakeFlag()));
     WriteFile(directory / "clear.png", EncodePng(Picture(30, 30, PixelFormat::Rgba8)));
     WriteFile(directory / "dot.pgm", "P5 1 1 255\na");
-    const std::string out = directory / "out.svg";
-    struct Case {
-        const char* input;
-        std::vector<std::string> more;
-        int status;
-        const char* message;
-    };
-    const Case cases[] = {
-        {"in.png", {"--mode", "color", "--colors", "0"}, 2, "'0' is not a whole number from 1 to 256"},
-        {"in.png", {"--mode", "color", "--colors", "1000"}, 2, "'1000' is not"},
-        {"in.png",
-         {"--mode", "color", "--threshold", "3"},
-         2,
-         "--threshold: is for --mode outline or centerline"},
-        {"in.png", {"--mode", "color", "--detail", "2"}, 2, "--detail: is for --mode outline"},
-        {"in.png", {"--mode", "color", "--format", "json"}, 2, "color is written as svg only"},
-        {"in.png", {"--colors", "3"}, 2, "--colors: is for --mode color"},
-        {"in.png", {"--cutout"}, 2, "--cutout: is for --mode color"},
-        {"clear.png", {"--mode", "color"}, 1, "transparent all over"},
-        {"dot.pgm", {"--mode", "color"}, 1, "no region is large enough"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> arguments{"trace", directory / c.input, "-o", out};
-        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
-        const ProgramResult run = RunTarvex(arguments);
-        EXPECT_EQ(run.status, c.status) << c.message;
-        EXPECT_THAT(run.errors, testing::HasSubstr(c.message));
-        EXPECT_FALSE(std::filesystem::exists(out));
-    }
-    EXPECT_EQ(
-        RunTarvex({"trace", directory / "dot.pgm", "-o", out, "--mode", "color", "--min-points", "0"}).status,
-        0);
+    ExpectFailures(
+        {
+            {"trace @/in.png -o @/o.svg --mode color --colors 0", 2,
+             "'0' is not a whole number from 1 to 256"},
+            {"trace @/in.png -o @/o.svg --mode color --colors 1000", 2, "'1000' is not"},
+            {"trace @/in.png -o @/o.svg --mode color --threshold 3", 2,
+             "--threshold: is for --mode outline or centerline"},
+            {"trace @/in.png -o @/o.svg --mode color --detail 2", 2, "--detail: is for --mode outline"},
+            {"trace @/in.png -o @/o.svg --mode color --format json", 2, "color is written as svg only"},
+            {"trace @/in.png -o @/o.svg --colors 3", 2, "--colors: is for --mode color"},
+            {"trace @/in.png -o @/o.svg --cutout", 2, "--cutout: is for --mode color"},
+            {"trace @/clear.png -o @/o.svg --mode color", 1, "transparent all over"},
+            {"trace @/dot.pgm -o @/o.svg --mode color", 1, "no region is large enough"},
+        },
+        directory);
+    OutputOf(
+        {"trace", directory / "dot.pgm", "-o", directory / "o.svg", "--mode", "color", "--min-points", "0"});
 }
 
 }  // namespace

@@ -1,15 +1,10 @@
 // `tarvex transform`, `tarvex warp` and `tarvex info`, as built.
 #include "support/precompiled.h"
 
-#include <nlohmann/json.hpp>
-
 #include "apps/support/program.h"
-#include "apps/support/temporary_directory.h"
 
 namespace tarvex::app::test {
 namespace {
-
-using Json = nlohmann::json;
 
 const char* const DRAWING =
     "<?xml version='1.0'?><!-- kept -->"
@@ -19,23 +14,9 @@ const char* const DRAWING =
     "<rect id='r' data-x='1' width='80' height='40' fill='red' style='opacity:.5'/>"
     "<path d='M100 10a20 20 0 0 1 40 0a20 20 0 0 1-40 0z' transform='translate(0 10)'/></g></svg>";
 
-Json Info(const std::string& drawing) {
-    const ProgramResult result = RunTarvex({"info", "-", "--json"}, drawing);
-    EXPECT_EQ(result.status, 0) << result.errors;
-    return Json::parse(result.output);
-}
-
-std::string Changed(std::vector<std::string> arguments, const std::string& drawing = DRAWING) {
+std::string Changed(Arguments arguments, const std::string& drawing = DRAWING) {
     arguments.insert(arguments.begin() + 1, {"-", "-o", "-"});
-    const ProgramResult result = RunTarvex(arguments, drawing);
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    return result.output;
-}
-
-void ExpectFrame(const Json& info, const std::vector<double>& frame, double slack) {
-    ASSERT_TRUE(info.at("frame").is_array());
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(info["frame"][i].get<double>(), frame[i], slack) << i;
+    return OutputOf(arguments, drawing);
 }
 
 TEST(DrawingProgram, InfoMeasuresTheDrawingAndEachElement) {
@@ -59,9 +40,9 @@ TEST(DrawingProgram, InfoMeasuresTheDrawingAndEachElement) {
     EXPECT_NEAR(info.at("area").get<double>(), 3200 + circle["area"].get<double>(), 1e-5);
     EXPECT_EQ(info.at("remarks"), nullptr);
 
-    const ProgramResult text = RunTarvex({"info", "-"}, DRAWING);
-    EXPECT_THAT(text.output, testing::HasSubstr("standard input: SVG drawing, 200 x 100\n"));
-    EXPECT_THAT(text.output, testing::HasSubstr("20,20 to 100,60"));
+    const std::string text = OutputOf({"info", "-"}, DRAWING);
+    EXPECT_THAT(text, testing::HasSubstr("standard input: SVG drawing, 200 x 100\n"));
+    EXPECT_THAT(text, testing::HasSubstr("20,20 to 100,60"));
 }
 
 TEST(DrawingProgram, WindingTellsTheSenseOnTheScreen) {
@@ -74,23 +55,19 @@ TEST(DrawingProgram, WindingTellsTheSenseOnTheScreen) {
 }
 
 TEST(DrawingProgram, InfoTellsSizeAndFormatOfPictures) {
-    const ProgramResult text = RunTarvex({"info", "-"}, "P5 2 1 255\nab");
-    EXPECT_EQ(text.output, "standard input: PNM picture, 2 x 1 pixels, grey\n");
-    const Json info = Info("P6 1 1 255\nabc");
+    EXPECT_EQ(OutputOf({"info", "-"}, "P5 2 1 255\nab"), "standard input: PNM picture, 2 x 1 pixels, grey\n");
     EXPECT_EQ(
-        info,
+        Info("P6 1 1 255\nabc"),
         Json::parse(R"({"file":"-","kind":"picture","format":"PNM","width":1,"height":1,"pixels":"RGB"})"));
 }
 
-struct ChangeCase {
-    std::vector<std::string> options;
-    std::vector<double> frame;
-    double areaGrowth;
-};
-
 TEST(DrawingProgram, TransformGivesTheExpectedFrameAndArea) {
     // The outlines' frame is 20,20 to 160,60: its centre 90,40, its half sides 70 and 20.
-    const ChangeCase cases[] = {
+    const struct {
+        Arguments options;
+        std::vector<double> frame;
+        double areaGrowth;
+    } cases[] = {
         {{}, {20, 20, 160, 60}, 1},
         {{"--translate", "-5,7.5"}, {15, 27.5, 155, 67.5}, 1},
         {{"--scale", "2"}, {-50, 0, 230, 80}, 4},
@@ -103,11 +80,9 @@ TEST(DrawingProgram, TransformGivesTheExpectedFrameAndArea) {
         {{"--rotate", "90", "--scale", "2,1", "--translate", "1,2"}, {71, -98, 111, 182}, 2},
     };
     const double area = Info(DRAWING).at("area");
-    for (const ChangeCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.options));
-        std::vector<std::string> arguments = {"transform"};
-        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
-        const Json info = Info(Changed(arguments));
+        const Json info = Info(Changed(Arguments{"transform"} + c.options));
         ExpectFrame(info, c.frame, 0.011);
         EXPECT_NEAR(info.at("area").get<double>(), area * c.areaGrowth, 2);
     }
@@ -162,16 +137,13 @@ TEST(DrawingProgram, StrokesGrowWithTheDrawing) {
 }
 
 TEST(DrawingProgram, ThePageGrowsToHoldOutlinesAndStrokesAndNeverShrinks) {
-    const std::pair<std::vector<std::string>, const char*> cases[] = {
+    const std::pair<Arguments, const char*> cases[] = {
         {{"--scale", ".1"}, "width=\"10cm\" height=\"5cm\" viewBox=\"0 0 200 100\""},
         {{"--translate", "99,0"}, "width=\"13cm\" height=\"5cm\" viewBox=\"0 0 260 100\""},
         {{"--translate", "-121,-71"}, "width=\"15.1cm\" height=\"7.6cm\" viewBox=\"-102 -52 302 152\""},
     };
-    for (const auto& [options, root] : cases) {
-        std::vector<std::string> arguments = {"transform"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        EXPECT_THAT(Changed(arguments), testing::HasSubstr(root));
-    }
+    for (const auto& [options, root] : cases)
+        EXPECT_THAT(Changed(Arguments{"transform"} + options), testing::HasSubstr(root));
     EXPECT_THAT(Changed({"transform"}, "<svg><path d='M5 5h10v20'/></svg>"),
                 testing::HasSubstr("viewBox=\"5 5 10 20\""));
 }
@@ -197,76 +169,48 @@ TEST(DrawingProgram, WhatIsLeftOutIsSaidInOneLine) {
     EXPECT_THAT(result.output, testing::Not(testing::HasSubstr("text")));
 }
 
-TEST(DrawingProgram, TheInputIsNeverTheOutput) {
-    const TemporaryDirectory directory;
-    const std::string path = directory / "a.svg";
-    WriteFile(path, DRAWING);
-    const ProgramResult result = RunTarvex({"transform", path, "-o", directory / "./a.svg", "--scale", "2"});
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(ReadFile(path), DRAWING);
-}
-
-struct FailureCase {
-    std::vector<std::string> arguments;
-    int status;
-    const char* message;
-    const char* input = "<svg><circle r='5'/></svg>";
-};
-
 TEST(DrawingProgram, EveryFailureIsOneLineAndAStatus) {
-    const FailureCase cases[] = {
-        {{"transform", "-", "-o", "x.png"}, 2, "x.png: its ending is not .svg"},
-        {{"transform", "-", "-o", "-", "--rotate", "1,2"}, 2, "--rotate: '1,2' is not an angle"},
-        {{"transform", "-", "-o", "-", "--rotate", "x"}, 2, "--rotate: 'x'"},
-        {{"transform", "-", "-o", "-", "--rotate", "nan"}, 2, "--rotate: 'nan'"},
-        {{"transform", "-", "-o", "-", "--scale", "0"}, 2, "--scale: '0' is not a factor other than 0"},
-        {{"transform", "-", "-o", "-", "--scale", "1e99"}, 2, "--scale"},
-        {{"transform", "-", "-o", "-", "--translate", "5"}, 2, "--translate: '5' is not two lengths"},
-        {{"transform", "-", "-o", "-", "--translate", "5,"}, 2, "--translate: '5,'"},
-        {{"warp", "-", "-o", "-", "--type", "1"}, 2, "--amount is required"},
-        {{"warp", "-", "-o", "-", "--amount", "1"}, 2, "--type is required"},
-        {{"warp", "-", "-o", "-", "--type", "11", "--amount", "1"}, 2, "--type: '11' is not a type"},
-        {{"warp", "-", "-o", "-", "--type", "bend", "--amount", "1"}, 2, "--type: 'bend'"},
-        {{"warp", "-", "-o", "-", "--type", "1", "--amount", "%"}, 2, "--amount: '%' is not a length"},
-        {{"transform", "", "-o", "-"}, 2, "the file's name is empty"},
-        {{"info", ""}, 2, "the file's name is empty"},
-        {{"info", "-", "more"}, 2, "standard input goes alone"},
+    const std::string circle = "<svg><circle r='5'/></svg>";
+    const TemporaryDirectory directory;
+    WriteFile(directory / "a.svg", circle);
+    ExpectFailures(
+        {
+            {"transform - -o x.png", 2, "x.png: its ending is not .svg"},
+            {"transform - -o - --rotate 1,2", 2, "--rotate: '1,2' is not an angle"},
+            {"transform - -o - --rotate x", 2, "--rotate: 'x'"},
+            {"transform - -o - --rotate nan", 2, "--rotate: 'nan'"},
+            {"transform - -o - --scale 0", 2, "--scale: '0' is not a factor other than 0"},
+            {"transform - -o - --scale 1e99", 2, "--scale"},
+            {"transform - -o - --translate 5", 2, "--translate: '5' is not two lengths"},
+            {"transform - -o - --translate 5,", 2, "--translate: '5,'"},
+            {"warp - -o - --type 1", 2, "--amount is required"},
+            {"warp - -o - --amount 1", 2, "--type is required"},
+            {"warp - -o - --type 11 --amount 1", 2, "--type: '11' is not a type"},
+            {"warp - -o - --type bend --amount 1", 2, "--type: 'bend'"},
+            {"warp - -o - --type 1 --amount %", 2, "--amount: '%' is not a length"},
+            {"transform '' -o -", 2, "the file's name is empty"},
+            {"info ''", 2, "the file's name is empty"},
+            {"info - more", 2, "standard input goes alone"},
 
-        {{"transform", "-", "-o", "-"}, 1, "the drawing has no outlines", "<svg/>"},
-        {{"transform", "-", "-o", "-"},
-         1,
-         "no outlines (left out, being no outlines: 1 use)",
-         "<svg><use/></svg>"},
-        {{"warp", "-", "-o", "-", "--type", "1", "--amount", "9"},
-         1,
-         "no outlines",
-         "<svg><path d='M1 1'/></svg>"},
-        {{"transform", "-", "-o", "-", "--scale", "1e8"}, 1, "too large", "<svg><circle r='9e8'/></svg>"},
+            {"transform - -o -", 1, "the drawing has no outlines", "<svg/>"},
+            {"transform - -o -", 1, "no outlines (left out, being no outlines: 1 use)", "<svg><use/></svg>"},
+            {"warp - -o - --type 1 --amount 9", 1, "no outlines", "<svg><path d='M1 1'/></svg>"},
+            {"transform - -o - --scale 1e8", 1, "too large", "<svg><circle r='9e8'/></svg>"},
 
-        {{"transform", "-", "-o", "-"}, 3, "standard input: the file is empty", ""},
-        {{"transform", "-", "-o", "-"}, 3, "standard input: not an SVG drawing", "P5 1 1 255\na"},
-        {{"warp", "-", "-o", "-", "--type", "1", "--amount", "9"},
-         3,
-         "standard input: damaged XML",
-         "<svg><g>"},
-        {{"transform", "/no/such.svg", "-o", "-"}, 3, "/no/such.svg: No such file"},
-        {{"transform", "-", "-o", "/no/out.svg"}, 3, "/no/out.svg: cannot be written"},
-        {{"info", "-"}, 3, "neither an SVG drawing nor a picture", "hello"},
-        {{"info", "-"}, 3, "standard input: the file is empty", ""},
-        {{"info", "-"}, 3, "damaged PNM", "P5 2 1 255\na"},
-        {{"info", "-"}, 3, "its root element is not svg", "<html/>"},
-        {{"info", "-", "--max-pixels", "1"}, 3, "--max-pixels", "P5 2 1 255\nab"},
-        {{"info", "/dev/zero"}, 3, "/dev/zero: neither"},
-    };
-    for (const FailureCase& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.arguments));
-        const ProgramResult result = RunTarvex(c.arguments, c.input);
-        EXPECT_EQ(result.status, c.status);
-        EXPECT_EQ(result.output, "");
-        EXPECT_THAT(result.errors, testing::StartsWith("tarvex: "));
-        EXPECT_THAT(result.errors, testing::HasSubstr(c.message));
-        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-    }
+            {"transform - -o -", 3, "standard input: the file is empty"},
+            {"transform - -o -", 3, "standard input: not an SVG drawing", "P5 1 1 255\na"},
+            {"warp - -o - --type 1 --amount 9", 3, "standard input: damaged XML", "<svg><g>"},
+            {"transform /no/such.svg -o -", 3, "/no/such.svg: No such file"},
+            {"transform - -o /no/out.svg", 3, "/no/out.svg: cannot be written", circle},
+            {"transform @/a.svg -o @/./a.svg --scale 2", 3, "it is the input"},
+            {"info -", 3, "neither an SVG drawing nor a picture", "hello"},
+            {"info -", 3, "standard input: the file is empty"},
+            {"info -", 3, "damaged PNM", "P5 2 1 255\na"},
+            {"info -", 3, "its root element is not svg", "<html/>"},
+            {"info - --max-pixels 1", 3, "--max-pixels", "P5 2 1 255\nab"},
+            {"info /dev/zero", 3, "/dev/zero: neither"},
+        },
+        directory);
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // `tarvex trace --mode edges`, as built.
 #include "support/precompiled.h"
 
-#include <nlohmann/json.hpp>
-
 #include "apps/support/program.h"
 
 namespace tarvex::app::test {
@@ -22,38 +20,30 @@ std::string DiscPicture(int step) {
 
 TEST(EdgeTrace, EdgesAreStrokesInThePicturesOwnCoordinates) {
     for (const char* detector : {"canny", "shen-castan"}) {
-        const ProgramResult traced =
-            RunTarvex({"trace", "-", "-o", "-", "--mode", "edges", "--detector", detector}, DiscPicture(100));
-        ASSERT_EQ(traced.status, 0) << traced.errors;
-        EXPECT_THAT(traced.output, testing::HasSubstr("fill=\"none\" stroke=\"#000\""));
-        const auto info = nlohmann::json::parse(RunTarvex({"info", "-", "--json"}, traced.output).output);
-        EXPECT_EQ(info.at("contours"), 1) << detector;
-        EXPECT_EQ(info.at("closed"), 1) << detector;
-        const std::vector<double> frame = info.at("frame");
-        const double wanted[] = {20, 10, 80, 70};
-        for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(frame[i], wanted[i], 0.3) << detector;
-        EXPECT_NEAR(info.at("length").get<double>(), 2 * 3.14159 * 30, 2) << detector;
+        SCOPED_TRACE(detector);
+        const std::string traced =
+            OutputOf({"trace", "-", "-o", "-", "--mode", "edges", "--detector", detector}, DiscPicture(100));
+        EXPECT_THAT(traced, testing::HasSubstr("fill=\"none\" stroke=\"#000\""));
+        const Json info = Info(traced);
+        EXPECT_EQ(info.at("contours"), 1);
+        EXPECT_EQ(info.at("closed"), 1);
+        ExpectFrame(info, {20, 10, 80, 70}, 0.3);
+        EXPECT_NEAR(info.at("length").get<double>(), 2 * 3.14159 * 30, 2);
     }
 }
 
 TEST(EdgeTrace, OptionsDecideAndWrongOnesAreRefused) {
-    const std::tuple<std::vector<std::string>, int> cases[] = {
-        {{"--mode", "edges", "--steps", "20,200"}, 1},  // nothing is that high
-        {{"--mode", "edges", "--steps", "20,80"}, 0},
-        {{"--mode", "edges", "--sigma", "3", "--format", "json"}, 0},
-        {{"--mode", "edges", "--steps", "80,20"}, 2},
-        {{"--mode", "edges", "--sigma", "0"}, 2},
-        {{"--mode", "edges", "--detector", "sobel"}, 2},
-        {{"--mode", "edges", "--threshold", "9"}, 2},
-        {{"--sigma", "2"}, 2},
-    };
-    for (const auto& [options, status] : cases) {
-        std::vector<std::string> arguments = {"trace", "-", "-o", "-"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const ProgramResult result = RunTarvex(arguments, DiscPicture(100));
-        EXPECT_EQ(result.status, status) << testing::PrintToString(options) << result.errors;
-        EXPECT_EQ(result.output.empty(), status != 0);
-    }
+    const Arguments edges = {"trace", "-", "-o", "-", "--mode", "edges"};
+    EXPECT_NE(OutputOf(edges + Arguments{"--steps", "20,80"}, DiscPicture(100)), "");
+    EXPECT_NE(OutputOf(edges + Arguments{"--sigma", "3", "--format", "json"}, DiscPicture(100)), "");
+    ExpectFailures({
+        {"trace - -o - --mode edges --steps 20,200", 1, "no edge", DiscPicture(100)},
+        {"trace - -o - --mode edges --steps 80,20", 2, "--steps"},
+        {"trace - -o - --mode edges --sigma 0", 2, "--sigma"},
+        {"trace - -o - --mode edges --detector sobel", 2, "--detector"},
+        {"trace - -o - --mode edges --threshold 9", 2, "--threshold"},
+        {"trace - -o - --sigma 2", 2, "--sigma"},
+    });
 }
 
 }  // namespace

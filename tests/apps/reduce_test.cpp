@@ -3,15 +3,11 @@
 
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <set>
-
-#include <nlohmann/json.hpp>
 
 #include "apps/support/picture_matchers.h"
 #include "apps/support/program.h"
 #include "apps/support/sample_pictures.h"
-#include "apps/support/temporary_directory.h"
 #include "raster/color/plain_reduction.h"
 #include "tarvex/png_writer.h"
 
@@ -53,9 +49,8 @@ TEST(Reduce, KeepsColoursAndTransparencyAndTellsThePalette) {
     ASSERT_EQ(run.status, 0) << run.errors;
     EXPECT_TRUE(Shows(ReadBack(directory / "out.png"), 40, 50,
                       [](int x, int y) { return y >= 30 ? kClear : Shore(x, y); }));
-    std::ifstream file(directory / "palette.json");
-    const auto json = nlohmann::json::parse(file);
-    EXPECT_EQ(json, nlohmann::json::parse(R"({"width": 40, "height": 50, "transparent": 800, "colors": [
+    EXPECT_EQ(Json::parse(ReadFile(directory / "palette.json")),
+              Json::parse(R"({"width": 40, "height": 50, "transparent": 800, "colors": [
         {"color": "#003ca0", "count": 750, "share": 0.375, "rgb": [0, 60, 160], "cmyk": [255, 159, 0, 95],
          "hls": [277.5, 0.3137, 1]},
         {"color": "#c8b428", "count": 450, "share": 0.225, "rgb": [200, 180, 40], "cmyk": [0, 25, 204, 55],
@@ -106,36 +101,22 @@ TEST(Reduce, SaysWhatIsWrong) {
     WriteFile(directory / "clear.png", EncodePng(Picture(30, 30, PixelFormat::Rgba8)));
     WriteFile(directory / "text.png", "no picture");
     const std::string out = directory / "out.png";
-    struct Case {
-        std::string input;
-        std::vector<std::string> more;
-        int status;
-        const char* message;
-    };
-    const Case cases[] = {
-        {"dot.pgm", {"-o", out, "--colors", "1"}, 0, ""},
-        {"noise.pgm", {"-o", out, "--colors", "9"}, 0, ""},
-        {"noise.pgm", {"-o", out, "--colors", "8"}, 1, "noise.pgm: no colours found"},
-        {"clear.png", {"-o", out, "--colors", "8"}, 1, "clear.png: the picture is transparent all over"},
-        {"text.png", {"-o", out, "--colors", "8"}, 3, "text.png: not a picture"},
-        {"dot.pgm", {"-o", out}, 2, "--colors is required"},
-        {"dot.pgm", {"-o", out, "--colors", "0"}, 2, "'0' is not a whole number from 1 to 256"},
-        {"dot.pgm", {"-o", out, "--colors", "257"}, 2, "'257' is not a whole number from 1 to 256"},
-        {"dot.pgm", {"-o", out, "--colors", "1000"}, 2, "'1000' is not"},
-        {"dot.pgm", {"-o", out, "--colors", "99999999999999999999"}, 2, "is not a whole number"},
-        {"dot.pgm", {"-o", directory / "out.svg", "--colors", "2"}, 2, "its ending is not .png"},
-        {"dot.pgm", {"-o", out, "--colors", "2", "--palette", out}, 2, "the same place"},
-        {"dot.pgm", {"-o", out, "--colors", "2", "--palette", directory / "dot.pgm"}, 3, "it is the input"},
-    };
-    for (const Case& c : cases) {
-        std::vector<std::string> arguments{"reduce", directory / c.input};
-        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
-        const ProgramResult run = RunTarvex(arguments);
-        EXPECT_EQ(run.status, c.status) << c.message << run.errors;
-        EXPECT_THAT(run.errors, testing::HasSubstr(c.message));
-        EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), c.status == 0 ? 0 : 1);
-        EXPECT_EQ(std::filesystem::remove(out), c.status == 0) << c.message;
-    }
+    for (const auto& [input, colors] : {std::pair("dot.pgm", "1"), {"noise.pgm", "9"}})
+        EXPECT_EQ(OutputOf({"reduce", directory / input, "-o", out, "--colors", colors}), "");
+    ExpectFailures(
+        {
+            {"reduce @/noise.pgm -o @/o.png --colors 8", 1, "noise.pgm: no colours found"},
+            {"reduce @/clear.png -o @/o.png --colors 8", 1, "clear.png: the picture is transparent all over"},
+            {"reduce @/text.png -o @/o.png --colors 8", 3, "text.png: not a picture"},
+            {"reduce @/dot.pgm -o @/o.png", 2, "--colors is required"},
+            {"reduce @/dot.pgm -o @/o.png --colors 0", 2, "'0' is not a whole number from 1 to 256"},
+            {"reduce @/dot.pgm -o @/o.png --colors 257", 2, "'257' is not a whole number from 1 to 256"},
+            {"reduce @/dot.pgm -o @/o.png --colors 99999999999999999999", 2, "is not a whole number"},
+            {"reduce @/dot.pgm -o @/o.svg --colors 2", 2, "its ending is not .png"},
+            {"reduce @/dot.pgm -o @/o.png --colors 2 --palette @/o.png", 2, "the same place"},
+            {"reduce @/dot.pgm -o @/o.png --colors 2 --palette @/dot.pgm", 3, "it is the input"},
+        },
+        directory);
 }
 
 /// The plain rules on a drawing with smoothed edges and thin lines.

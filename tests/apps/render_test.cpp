@@ -11,16 +11,9 @@ namespace {
 constexpr Rgba WHITE = {255, 255, 255, 255};
 constexpr Rgba RED = {255, 0, 0, 255};
 
-Picture Decoded(const std::string& bytes) {
-    return DecodePicture({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, {});
-}
-
-Picture Rendered(const std::string& drawing, const std::vector<std::string>& more = {}) {
-    std::vector<std::string> arguments = {"render", "-", "-o", "-"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    const ProgramResult result = RunTarvex(arguments, drawing);
-    EXPECT_EQ(result.status, 0) << result.errors;
-    return Decoded(result.output);
+Picture Rendered(const std::string& drawing, const Arguments& more = {}) {
+    const std::string png = OutputOf(Arguments{"render", "-", "-o", "-"} + more, drawing);
+    return DecodePicture({reinterpret_cast<const std::uint8_t*>(png.data()), png.size()}, {});
 }
 
 TEST(SvgPaint, ReadsColoursAsCssWritesThem) {
@@ -108,6 +101,7 @@ TEST(Render, SizesThePictureByThePageOrTheOutlines) {
          {Row{"<svg viewBox='5 5 200 100'><path d='M0 0h9v9'/></svg>", {}, 1024, 512},
           {"<svg viewBox='5 5 100 200'><path d='M0 0h9v9'/></svg>", {}, 512, 1024},
           {"<svg width='90' height='30'><path d='M0 0h9v9'/></svg>", {"--width", "30"}, 30, 10},
+          {"<svg viewBox='0 0 1e-6 1e8'><path d='M0 0h9v9'/></svg>", {}, 1, 1024},
           {"<svg viewBox='0 0 1 1e-6'><path d='M0 0h9v9'/></svg>", {"--width", "7"}, 7, 1},
           {"<svg><path d='M10 10h96v46h-96z'/></svg>", {"--width", "100"}, 100, 50},
           {"<svg><path d='M10 10v50'/></svg>", {"--width", "2"}, 2, 52}}) {
@@ -122,20 +116,20 @@ TEST(Render, SizesThePictureByThePageOrTheOutlines) {
 
 TEST(Render, RefusesWhatItCannotDraw) {
     const std::string drawing = "<svg viewBox='0 0 1 1'><path d='M0 0h9v9'/></svg>";
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "-"}, "<svg/>").status, 1);
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "-", "--max-pixels", "99", "--width", "10"}, drawing).status,
-              1);
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "-"}, "<svg viewBox='0 0 1e-6 1e8'><rect/></svg>").status, 1);
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "-"}, "no drawing").status, 3);
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "out.svg"}, drawing).status, 2);
-    EXPECT_EQ(RunTarvex({"render", "-", "-o", "-", "--width", "0"}, drawing).status, 2);
-    EXPECT_EQ(
-        RunTarvex({"render", "-", "-o", "-"},
-                  "<svg viewBox='0 0 1e-5 1e-5'><path d='M-9e8 0L9e8 1e-5' stroke='red' stroke-width='9e8'/>"
-                  "</svg>")
-            .status,
-        0)
-        << "far away and huge";
+    ExpectFailures({
+        {"render - -o -", 1, "no outlines", "<svg/>"},
+        {"render - -o - --max-pixels 99 --width 10", 1, "more than 99 pixels", drawing},
+        {"render - -o -", 3, "standard input: not an SVG drawing", "no drawing"},
+        {"render - -o out.svg", 2, "its ending is not .png"},
+        {"render - -o - --width 0", 2, "--width"},
+    });
+}
+
+TEST(Render, DrawsWhatIsFarAwayAndHuge) {
+    const Picture picture = Rendered(
+        "<svg viewBox='0 0 1e-5 1e-5'><path d='M-9e8 0L9e8 1e-5' stroke='red' stroke-width='9e8'/></svg>",
+        {"--width", "5"});
+    EXPECT_EQ(picture.At(2, 2), RED);
 }
 
 }  // namespace

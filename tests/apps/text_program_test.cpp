@@ -1,42 +1,23 @@
 // `tarvex text`, as built, and the pieces that put its letters in their places.
 #include "support/precompiled.h"
 
-#include <nlohmann/json.hpp>
-
 #include "apps/support/program.h"
 #include "tarvex/text_baseline.h"
 
 namespace tarvex::app::test {
 namespace {
 
-using Json = nlohmann::json;
-
-std::string Text(std::vector<std::string> arguments, const std::string& input = {}) {
-    arguments.insert(arguments.begin(), "text");
-    arguments.insert(arguments.end(), {"-o", "-"});
-    const ProgramResult result = RunTarvex(arguments, input);
-    EXPECT_EQ(result.status, 0) << result.errors;
-    EXPECT_EQ(result.errors, "");
-    return result.output;
+std::string Text(const Arguments& arguments, const std::string& input = {}) {
+    return OutputOf(Arguments{"text"} + arguments + Arguments{"-o", "-"}, input);
 }
 
-Json Measured(const std::vector<std::string>& arguments) {
-    return Json::parse(RunTarvex({"info", "-", "--json"}, Text(arguments)).output);
-}
-
-std::vector<double> Frame(const std::vector<std::string>& arguments) {
-    return Measured(arguments).at("frame");
-}
+std::vector<double> Frame(const Arguments& arguments) { return Info(Text(arguments)).at("frame"); }
 
 TEST(TextProgram, EachGlyphIsAPathAtTheFontsOwnPlace) {
-    const std::vector<std::string> font = {"--font", "DejaVu Sans", "--size", "204.8"};
-    const auto with = [&font](std::vector<std::string> arguments) {
-        arguments.insert(arguments.end(), font.begin(), font.end());
-        return arguments;
-    };
+    const Arguments font = {"--font", "DejaVu Sans", "--size", "204.8"};
     // A tenth of the font's units: the I is 604 wide and runs from 201 to 403, from the baseline up to 1493,
     // and the ascent is 1901.
-    const Json info = Measured(with({"II I"}));
+    const Json info = Info(Text(Arguments{"II I"} + font));
     EXPECT_EQ(info.at("elements").size(), 3u);
     const double space = 65.1;
     const std::vector<double> lefts = {20.1, 80.5, 140.9 + space};
@@ -48,13 +29,14 @@ TEST(TextProgram, EachGlyphIsAPathAtTheFontsOwnPlace) {
         EXPECT_NEAR(frame[3], 190.1, 0.06);
     }
     EXPECT_NEAR(info.at("page")[2].get<double>(), 3 * 60.4 + space, 0.06);
-    EXPECT_NEAR(Frame(with({"II", "--letter-spacing", "-7"}))[2], 100.7 - 7, 0.06);
-    EXPECT_LT(Frame(with({"AV"}))[2], Frame(with({"AV", "--no-kerning"}))[2] - 5);
+    EXPECT_NEAR(Frame(Arguments{"II", "--letter-spacing", "-7"} + font)[2], 100.7 - 7, 0.06);
+    EXPECT_LT(Frame(Arguments{"AV"} + font)[2], Frame(Arguments{"AV", "--no-kerning"} + font)[2] - 5);
 }
 
 TEST(TextProgram, LinesAreSetBelowOneAnotherAndAligned) {
     for (const auto& [align, left] : {std::pair("left", 0), {"center", 1}, {"right", 2}}) {
-        const Json info = Measured({"IIII\\nI", "--font", "DejaVu Sans", "--align", align, "--size", "100"});
+        const Json info =
+            Info(Text({"IIII\\nI", "--font", "DejaVu Sans", "--align", align, "--size", "100"}));
         const std::vector<double> last = info.at("elements").back().at("frame");
         const std::vector<double> first = info["elements"][0].at("frame");
         EXPECT_NEAR(last[0] - first[0], left * 1.5 * 29.5, 0.1) << align;
@@ -65,22 +47,22 @@ TEST(TextProgram, LinesAreSetBelowOneAnotherAndAligned) {
 }
 
 TEST(TextProgram, WhatCannotBeDrawnIsSaidInOneLine) {
-    const std::tuple<std::vector<std::string>, int, const char*> cases[] = {
-        {{"a\xF4\x8F\xBF\xBF"}, 1, "no installed font has U+10FFFF"},
-        {{" \\n "}, 1, "there is nothing in it to draw"},
-        {{""}, 1, "there is nothing in it to draw"},
-        {{"\xFF"}, 2, "not all of it is UTF-8"},
-        {{"far too long", "--ellipse", "9"}, 1, "the ellipse around only 57 px"},
-        {{"a", "--at", "9"}, 2, "it goes with --ellipse"},
-        {{"a", "--warp", "arch"}, 2, "--warp and --amount go together"},
-        {{"a", "--size", "-1"}, 2, "is not a number above 0"},
-        {{"a", "--font", std::string(32, 'x')}, 2, "at most 31 characters"},
-    };
-    for (const auto& [arguments, status, message] : cases) {
-        std::vector<std::string> all = {"text", "-o", "-"};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        const ProgramResult result = RunTarvex(all);
-        EXPECT_EQ(result.status, status) << message;
+    ExpectFailures({
+        {"text a\xF4\x8F\xBF\xBF -o -", 1, "no installed font has U+10FFFF"},
+        {"text ' \\n ' -o -", 1, "there is nothing in it to draw"},
+        {"text '' -o -", 1, "there is nothing in it to draw"},
+        {"text 'far too long' -o - --ellipse 9", 1, "the ellipse around only 57 px"},
+        {"text a -o - --at 9", 2, "it goes with --ellipse"},
+        {"text a -o - --warp arch", 2, "--warp and --amount go together"},
+        {"text a -o - --size -1", 2, "is not a number above 0"},
+    });
+    // What is found out as the text is set, and not in the command line, leads to no help.
+    const std::pair<Arguments, const char*> late[] = {
+        {{"\xFF"}, "not all of it is UTF-8"},
+        {{"a", "--font", std::string(32, 'x')}, "at most 31 characters"}};
+    for (const auto& [arguments, message] : late) {
+        const ProgramResult result = RunTarvex(Arguments{"text", "-o", "-"} + arguments);
+        EXPECT_EQ(result.status, 2) << message;
         EXPECT_EQ(result.output, "");
         EXPECT_THAT(result.errors, testing::HasSubstr(message));
     }
@@ -92,21 +74,14 @@ TEST(TextProgram, WhatCannotBeDrawnIsSaidInOneLine) {
 TEST(TextProgram, GlyphsStandUprightOnTheEllipse) {
     // A baseline of radius 200: the letters reach 72.9 of 100 beyond it; inside they reach towards the
     // centre.
-    const std::vector<std::string> circle = {"I",   "--font",    "DejaVu Sans", "--size",
-                                             "100", "--ellipse", "200"};
-    const auto with = [&circle](const std::vector<std::string>& more) {
-        std::vector<std::string> arguments = circle;
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return Frame(arguments);
-    };
+    const Arguments circle = {"--font", "DejaVu Sans", "--size", "100", "--ellipse", "200"};
     const auto size = [](const std::vector<double>& f) { return std::pair(f[2] - f[0], f[3] - f[1]); };
     for (const auto& [at, isUpright] : {std::pair("0", true), {"180", true}, {"90", false}, {"-90", false}}) {
-        const auto [width, height] = size(with({"--at", at}));
+        const auto [width, height] = size(Frame(Arguments{"I", "--at", at} + circle));
         EXPECT_NEAR(width, isUpright ? 9.86 : 72.9, 0.1) << at;
         EXPECT_NEAR(height, isUpright ? 72.9 : 9.86, 0.1) << at;
     }
-    const std::vector<double> all = Frame({"IIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIIII", "--font",
-                                           "DejaVu Sans", "--size", "100", "--ellipse", "200"});
+    const std::vector<double> all = Frame(Arguments{std::string(41, 'I')} + circle);
     EXPECT_NEAR(all[2] - all[0], 2 * 272.9, 2) << "all around";
 }
 

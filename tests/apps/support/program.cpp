@@ -3,12 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
-#include "apps/support/temporary_directory.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace tarvex::app::test {
 
@@ -18,6 +20,38 @@ std::string Quoted(const std::string& word) {
     std::string out = "'";
     for (const char c : word) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return out + "'";
+}
+
+/// The text with the directory in the place of each @.
+std::string Placed(const std::string& text, const TemporaryDirectory& directory) {
+    std::string placed;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text.compare(i, 2, "@/") != 0) {
+            placed += text[i];
+        } else {
+            placed += directory / "";
+            ++i;
+        }
+    }
+    return placed;
+}
+
+Arguments WordsOf(const std::string& line) {
+    Arguments words;
+    bool isQuoted = false, isInWord = false;
+    for (const char c : line) {
+        if (c == ' ' && !isQuoted) {
+            isInWord = false;
+            continue;
+        }
+        if (!std::exchange(isInWord, true)) words.emplace_back();
+        if (c == '\'') {
+            isQuoted = !isQuoted;
+        } else {
+            words.back() += c;
+        }
+    }
+    return words;
 }
 
 int StatusOf(int result) { return WIFEXITED(result) ? WEXITSTATUS(result) : 128 + WTERMSIG(result); }
@@ -33,6 +67,42 @@ ProgramResult RunTarvex(const std::vector<std::string>& arguments, const std::st
                Quoted(directory / "err");
     const int result = std::system(command.c_str());
     return {StatusOf(result), ReadFile(directory / "out"), ReadFile(directory / "err")};
+}
+
+Arguments operator+(Arguments a, const Arguments& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+std::string OutputOf(const Arguments& arguments, const std::string& input) {
+    const ProgramResult result = RunTarvex(arguments, input);
+    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments);
+    EXPECT_EQ(result.errors, "") << testing::PrintToString(arguments);
+    return result.output;
+}
+
+Json Info(const std::string& content) { return Json::parse(OutputOf({"info", "-", "--json"}, content)); }
+
+void ExpectFrame(const Json& info, const std::vector<double>& frame, double slack) {
+    ASSERT_TRUE(info.at("frame").is_array());
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(info["frame"][i].get<double>(), frame[i], slack) << i;
+}
+
+void ExpectFailures(std::initializer_list<Failure> failures, const TemporaryDirectory& directory) {
+    const auto before = directory.Files();
+    for (const Failure& failure : failures) {
+        SCOPED_TRACE(failure.arguments);
+        const ProgramResult result = RunTarvex(WordsOf(Placed(failure.arguments, directory)), failure.input);
+        EXPECT_EQ(result.status, failure.status);
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, testing::StartsWith("tarvex: "));
+        EXPECT_THAT(result.errors, testing::HasSubstr(Placed(failure.message, directory)));
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        if (failure.status == 2) {
+            EXPECT_THAT(result.errors, testing::EndsWith("--help\"\n"));
+        }
+        EXPECT_TRUE(directory.Files() == before) << "files were made or changed";
+    }
 }
 
 RunningProgram::RunningProgram(const std::vector<std::string>& arguments, int errors) {

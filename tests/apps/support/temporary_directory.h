@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <stdexcept>
 #include <string>
 
@@ -37,6 +38,17 @@ class TemporaryDirectory {
         std::string all;
         for (const std::string& name : names) all += name + " ";
         return all;
+    }
+
+    /// What is in it and below, with the bytes of files.
+    std::map<std::string, std::string> Files() const {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_path)) {
+            std::string& content = files[entry.path()];
+            std::ifstream file(entry.path(), std::ios::binary);
+            if (entry.is_regular_file()) content.assign(std::istreambuf_iterator<char>(file), {});
+        }
+        return files;
     }
 
   private:
