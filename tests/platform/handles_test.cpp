@@ -203,12 +203,13 @@ TEST(Selection, ReturnsWhatWasThereAndKeepsItFromBeingDeleted) {
         other.Reset();  // deleting a context lets go of its bitmap
         EXPECT_TRUE(DeleteObject(b.Detach()));
 
-        const std::pair<HGDIOBJ, int> tools[] = {{CreateSolidBrush(RGB(1, 2, 3)), WHITE_BRUSH},
-                                                 {CreatePen(PS_SOLID, 2, 0), BLACK_PEN}};
-        for (const auto& [tool, stock] : tools) {
-            EXPECT_EQ(SelectObject(dc.Get(), tool), GetStockObject(stock));
+        const std::tuple<HGDIOBJ, int, int> tools[] = {
+            {CreateSolidBrush(RGB(1, 2, 3)), WHITE_BRUSH, NULL_BRUSH},
+            {CreatePen(PS_SOLID, 2, 0), BLACK_PEN, NULL_PEN}};
+        for (const auto& [tool, former, next] : tools) {
+            EXPECT_EQ(SelectObject(dc.Get(), tool), GetStockObject(former));
             EXPECT_FALSE(DeleteObject(tool));
-            EXPECT_EQ(SelectObject(dc.Get(), GetStockObject(stock)), tool);
+            EXPECT_EQ(SelectObject(dc.Get(), GetStockObject(next)), tool);
             EXPECT_TRUE(DeleteObject(tool));
         }
     }
