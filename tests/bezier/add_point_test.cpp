@@ -9,23 +9,15 @@
 namespace tarvex {
 namespace {
 
-using namespace testing_support;
-
-using Contour = CArray<BPOINT, BPOINT>;
-
-Contour Chain(std::initializer_list<BPOINT> nodes) {
-    Contour contour;
-    for (const BPOINT& node : nodes) contour.Add(node);
-    return contour;
-}
+using namespace test;
 
 TEST(AddPointToPolyBezier, SplitsTheSegmentWithoutChangingTheCurve) {
     test::ExpectLaw([](unsigned seed) {
         CurveSource source(seed);
-        Contour contour;
+        Nodes contour;
         for (int n = source.Integer(2, 6); n > 0; --n)
             contour.Add({source.Point(500), source.Point(500), source.Point(500), 9});
-        Contour before;
+        Nodes before;
         before.Copy(contour);
         const int segment = source.Integer(0, contour.GetSize() - 2);
         const double t = source.Uniform(0.05, 0.95);
@@ -49,7 +41,7 @@ TEST(AddPointToPolyBezier, SplitsTheSegmentWithoutChangingTheCurve) {
 
 TEST(AddPointToPolyBezier, LinesStayLinesAndWhatCannotBeMeasuredIsRefused) {
     const DPOINT a{0, 0}, b{10, 0};
-    Contour line = Chain({{a, a, a}, {b, b, b}});
+    Nodes line = MakeNodes({{a, a, a}, {b, b, b}});
     EXPECT_EQ(AddPointToPolyBezier(&line, {4, 1}, false), 1);
     EXPECT_EQ(line[1], (BPOINT{{4, 0}, {4, 0}, {4, 0}}));
     EXPECT_EQ(AddPointToPolyBezier(&line, {7, 1}, true), 2);
@@ -58,25 +50,25 @@ TEST(AddPointToPolyBezier, LinesStayLinesAndWhatCannotBeMeasuredIsRefused) {
     EXPECT_EQ(AddPointToPolyBezier(&line, {10, 5e-9}, true), 3);
     EXPECT_EQ(line.GetSize(), 4);
 
-    Contour lone = Chain({{a, a, a}});
+    Nodes lone = MakeNodes({{a, a, a}});
     EXPECT_EQ(AddPointToPolyBezier(nullptr, a, true), -1);
     EXPECT_EQ(AddPointToPolyBezier(&lone, a, true), -1);
     EXPECT_EQ(AddPointToPolyBezier(&line, {kNaN, 0}, true), -1);
-    Contour bad = Chain({{a, {kNaN, 0}, a}, {b, {0, kNaN}, b}});
+    Nodes bad = MakeNodes({{a, {kNaN, 0}, a}, {b, {0, kNaN}, b}});
     EXPECT_EQ(AddPointToPolyBezier(&bad, a, true), -1);
     EXPECT_EQ(bad.GetSize(), 2);
 }
 
 TEST(FixBezierCP, SettlesHandlesAndTheSeamAndNothingElse) {
     const DPOINT p{1, 2}, q{50, 60}, far{9, 9};
-    Contour contour =
-        Chain({{{kNaN, 0}, p, {p.x + 5e-9, p.y}}, {far, q, {kInfinity, 0}}, {far, {p.x, p.y + 5e-9}, far}});
+    Nodes contour = MakeNodes(
+        {{{kNaN, 0}, p, {p.x + 5e-9, p.y}}, {far, q, {kInfinity, 0}}, {far, {p.x, p.y + 5e-9}, far}});
     FixBezierCP(contour);
     EXPECT_TRUE(SameBits(contour[0].cp1, p) && SameBits(contour[0].cp2, p));
     EXPECT_TRUE(SameBits(contour[1].cp1, far) && SameBits(contour[1].cp2, q));
     EXPECT_TRUE(SameBits(contour[2].pt, p));
     EXPECT_EQ(contour[2].cp1, far);
-    Contour open = Chain({{far, p, far}, {far, q, far}});
+    Nodes open = MakeNodes({{far, p, far}, {far, q, far}});
     FixBezierCP(open);
     EXPECT_TRUE(SameBits(open[0].cp1, far) && SameBits(open[1].cp2, far) && SameBits(open[1].pt, q));
 }

@@ -10,7 +10,7 @@
 namespace tarvex {
 namespace {
 
-using testing_support::CurveSource;
+using test::CurveSource;
 
 constexpr BPOINT kNode = {{-1, 0}, {0, 0}, {1, 0}, 77};
 

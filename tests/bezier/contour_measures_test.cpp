@@ -1,25 +1,24 @@
 // Area, frame and arc length of contours, and everything that is asked by arc length.
 #include "support/precompiled.h"
 
-#include "bezier/contours.h"
+#include "bezier/curves.h"
 #include "bezier/vector.h"
 #include "support/property.h"
 #include "support/records.h"
+#include "tarvex/ellipse.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex {
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 /// A circle of radius 100 about the origin, from its right end, clockwise on a screen; a quarter of it leaves
 /// the true circle by at most 0.03.
 Nodes Circle() {
-    constexpr double r = 100, k = 55.22847498307936;
-    return MakeNodes({{{r, -k}, {r, 0}, {r, k}},
-                      {{k, r}, {0, r}, {-k, r}},
-                      {{-r, k}, {-r, 0}, {-r, -k}},
-                      {{-k, -r}, {0, -r}, {k, -r}},
-                      {{r, -k}, {r, 0}, {r, k}}});
+    Nodes nodes;
+    CEllipse({}, 100).GetBeziers(nodes);
+    return nodes;
 }
 
 TEST(ContourMeasures, AgreeWithFineChords) {
@@ -65,7 +64,7 @@ TEST(ContourMeasures, MeasureCuspsAndLinesThatTurnBack) {
     // chords.
     const Nodes cusp = MakeNodes({{{0, 0}, {0, 0}, {100, 100}}, {{0, 100}, {100, 0}, {100, 0}}});
     EXPECT_NEAR(GetBezierLength(cusp), CBezier(cusp[0], cusp[1]).GetL(200000), 1e-6);
-    EXPECT_EQ(GetBezierLength(MakeNodes({{{0, 0}, {0, 0}, {0, 0}}, {{3, 4}, {3, 4}, {3, 4}}})), 5);
+    EXPECT_EQ(GetBezierLength(Corners({{0, 0}, {3, 4}})), 5);
     const CBPointArrayMath math(back);
     for (double s : {0.5, 1.0, 1.5, 2.0, 2.5}) EXPECT_NEAR(math.GetLengthAt(math.GetPlace(s)), s, 1e-9);
     EXPECT_NEAR(math.GetPoint(1.5).x, 0.5, 1e-9) << "on the way back";
@@ -136,55 +135,26 @@ TEST(ContourMeasures, CutPartsOfTheStatedLength) {
 TEST(ContourMeasures, SpacePointsEvenly) {
     const Nodes nodes = Circle();
     const CBPointArrayMath circle(nodes);
-    CArray<DPOINT, DPOINT> points;
+    DPoints points;
     circle.GetEvenPoints(12, points);
     ASSERT_EQ(points.GetSize(), 12);
     for (int i = 0; i < 12; ++i) {
-        const double angle = i * std::acos(-1.0) / 6;
+        const double angle = i * kPi / 6;
         EXPECT_LT(Distance(points[i], {100 * std::cos(angle), 100 * std::sin(angle)}), 0.05) << i;
     }
-    const CBPointArrayMath line(MakeNodes({{{1, 1}, {1, 1}, {1, 1}}, {{7, 1}, {7, 1}, {7, 1}}}));
-    line.GetEvenPoints(4, points);
-    EXPECT_THAT(points, testing::ElementsAre(DPOINT{1, 1}, DPOINT{3, 1}, DPOINT{5, 1}, DPOINT{7, 1}));
-    line.GetEvenPoints(1, points);
-    EXPECT_THAT(points, testing::ElementsAre(DPOINT{1, 1}));
-    line.GetEvenPoints(0, points);
-    EXPECT_TRUE(points.IsEmpty());
+    const CBPointArrayMath line(Corners({{1, 1}, {7, 1}}));
+    for (const Points& even : {Points{}, {{1, 1}}, {{1, 1}, {3, 1}, {5, 1}, {7, 1}}}) {
+        line.GetEvenPoints(static_cast<int>(even.size()), points);
+        EXPECT_EQ(ListOf(points), even);
+    }
 }
 
-TEST(ContourMeasures, SurviveHostileContours) {
-    CurveSource source(5);
-    for (int round = 0; round < 300; ++round) {
-        Nodes nodes;
-        for (int i = source.Integer(0, 4); i > 0; --i) {
-            const CBezier c = round % 3 == 0 ? source.Degenerate() : source.Hostile();
-            nodes.Add({c.p0, c.p1, c.p2});
-        }
-        const CBPointArrayMath math(nodes);
-        Nodes part, rest;
-        CArray<DPOINT, DPOINT> points;
-        DRECT frame;
-        DPOINT bisector;
-        const double s = round % 2 == 0 ? source.HostileValue() : math.GetLength() / 3;
-        math.GetPart(s, source.HostileValue(), part);
-        math.GetEvenPoints(7, points);
-        math.GetFrame(frame);
-        math.GetTangent(s);
-        math.GetTangent(BPOINTPLACE{source.Integer(-1, 5), source.HostileValue()});
-        math.GetPoint(BPOINTPLACE{source.Integer(-1, 5), source.HostileValue()});
-        math.GetNearest({source.HostileValue(), 3});
-        SplitBPointArray(nodes, 0, source.Uniform(0, 1), part, rest);
-        SplitBPointArray(nodes, DPOINT{source.HostileValue(), 0}, part, rest);
-        for (int i = -1; i <= nodes.GetSize(); ++i) {
-            IsSmooth(nodes, i);
-            GetBisector(nodes, i, bisector);
-        }
-    }
+TEST(ContourMeasures, OfNothingAndOfNumbersThatAreNone) {
     EXPECT_EQ(CBPointArrayMath({}).GetLength(), 0);
     EXPECT_EQ(CBPointArrayMath({}).GetPlace(1).segment, -1);
-    const Nodes far = MakeNodes({{{0, 0}, {0, 0}, {kNaN, 0}}, {{1, 1}, {1, 1}, {1, 1}}});
-    EXPECT_TRUE(std::isnan(GetBezierLength(far)));
-    EXPECT_EQ(CBPointArrayMath(far).GetPlace(1).segment, -1);
+    const Nodes lost = MakeNodes({{{0, 0}, {0, 0}, {kNaN, 0}}, Corner(1, 1)});
+    EXPECT_TRUE(std::isnan(GetBezierLength(lost)));
+    EXPECT_EQ(CBPointArrayMath(lost).GetPlace(1).segment, -1);
 }
 
 }  // namespace

@@ -1,33 +1,21 @@
-// Segments to try things on, and comparison of coordinates bit for bit.
+// Segments and contours to try things on, and comparison of points bit for bit.
 #pragma once
 
+#include "support/contours.h"
 #include "support/precompiled.h"
 #include "tarvex/bezier.h"
 
-namespace tarvex::testing_support {
+namespace tarvex::test {
 
-inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-/// The same bits, or both NaN.
-inline bool SameBits(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
-}
-inline bool SameBits(const DPOINT& a, const DPOINT& b) { return SameBits(a.x, b.x) && SameBits(a.y, b.y); }
-
-template <class A, class B>
-::testing::AssertionResult SamePoints(const A& a, const B& b, std::size_t sizeA, std::size_t sizeB) {
-    if (sizeA != sizeB) return ::testing::AssertionFailure() << sizeA << " points against " << sizeB;
-    for (std::size_t i = 0; i < sizeA; ++i) {
-        if (SameBits(a[i], b[i])) continue;
-        return ::testing::AssertionFailure() << "point " << i << ": (" << a[i].x << ", " << a[i].y
-                                             << ") against (" << b[i].x << ", " << b[i].y << ")";
-    }
-    return ::testing::AssertionSuccess();
-}
-
-inline ::testing::AssertionResult SamePoints(const CArray<DPOINT, DPOINT>& a, const std::vector<DPOINT>& b) {
-    return SamePoints(a.GetData(), b.data(), static_cast<std::size_t>(a.GetSize()), b.size());
+template <class List>  // or any other range of points
+::testing::AssertionResult SamePoints(const List& a, const Points& b) {
+    const auto size = static_cast<std::size_t>(std::distance(a.begin(), a.end()));
+    if (size != b.size()) return ::testing::AssertionFailure() << size << " points against " << b.size();
+    const auto [here, there] = std::mismatch(a.begin(), a.end(), b.begin(),
+                                             [](const DPOINT& p, const DPOINT& q) { return SameBits(p, q); });
+    if (here == a.end()) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "point " << there - b.begin() << ": (" << here->x << ", "
+                                         << here->y << ") against (" << there->x << ", " << there->y << ")";
 }
 
 inline double PlainDistance(const DPOINT& a, const DPOINT& b) {
@@ -93,4 +81,21 @@ class CurveSource {
     std::mt19937 m_random;
 };
 
-}  // namespace tarvex::testing_support
+/// Curves and lines among points of some hundred units, closed or open; flags number the nodes.
+inline Nodes RandomContour(CurveSource& source, bool isClosed) {
+    const int count = source.Integer(2, 6);
+    Nodes nodes;
+    for (int i = 0; i < count; ++i) {
+        const DPOINT at = source.Point(300);
+        BPOINT node{at, at, at, static_cast<std::uint16_t>(i + 1)};
+        if (source.Integer(0, 2) > 0) node.cp1 = source.Point(300);
+        if (source.Integer(0, 2) > 0) node.cp2 = source.Point(300);
+        nodes.Add(node);
+    }
+    if (isClosed) nodes.Add(nodes[0]);
+    return nodes;
+}
+
+inline CBezier SegmentOfNodes(const Nodes& nodes, int i) { return {nodes[i], nodes[i + 1]}; }
+
+}  // namespace tarvex::test

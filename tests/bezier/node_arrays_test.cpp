@@ -1,20 +1,19 @@
 // Tangents at nodes, cutting and turning of contours.
 #include "support/precompiled.h"
 
-#include "bezier/contours.h"
+#include "bezier/curves.h"
 #include "bezier/vector.h"
 #include "support/property.h"
 #include "support/records.h"
 #include "tarvex/lines.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex {
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 constexpr double kRoot = 0.70710678118654752;
-
-BPOINT Corner(double x, double y) { return {{x, y}, {x, y}, {x, y}}; }
 
 TEST(NodeArrays, TellSmoothNodesAndBisectCorners) {
     const std::vector<BPOINT> square = {Corner(0, 0), Corner(9, 0), Corner(9, 9), Corner(0, 9), Corner(0, 0)};

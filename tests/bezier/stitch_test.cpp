@@ -1,24 +1,19 @@
 // Satin inclinations, nesting of contours, spirals.
 #include "support/precompiled.h"
 
-#include "bezier/contours.h"
+#include "bezier/curves.h"
 #include "bezier/vector.h"
 #include "support/property.h"
 #include "support/records.h"
+#include "tarvex/nodes.h"
 #include "tarvex/stitch.h"
 
 namespace tarvex {
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 using Lines = CArray<DLINE, DLINE>;
-
-Nodes Polyline(const std::vector<DPOINT>& points) {
-    Nodes nodes;
-    for (const DPOINT& p : points) nodes.Add({p, p, p});
-    return nodes;
-}
 
 double Turn(const DPOINT& a, const DPOINT& b, const DPOINT& c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
@@ -40,15 +35,15 @@ std::vector<std::pair<DPOINT, DPOINT>> Pairs(const Lines& lines) {
 }
 
 TEST(Satin, PairsEndsThenCornersThenFillsEvenly) {
-    const Nodes outer = Polyline({{0, 0}, {100, 0}, {100, 100}}),
-                inner = Polyline({{0, 20}, {80, 20}, {80, 100}});
+    const Nodes outer = Corners({{0, 0}, {100, 0}, {100, 100}}),
+                inner = Corners({{0, 20}, {80, 20}, {80, 100}});
     Lines lines;
     EXPECT_TRUE(GetDefaultSatinInclinations(outer, inner, 0, lines));
     using P = std::pair<DPOINT, DPOINT>;
     EXPECT_THAT(Pairs(lines),
                 testing::ElementsAre(P{{0, 0}, {0, 20}}, P{{100, 0}, {80, 20}}, P{{100, 100}, {80, 100}}));
     const Lines few = std::move(lines);
-    EXPECT_TRUE(GetDefaultSatinInclinations(outer, Polyline({{80, 100}, {80, 20}, {0, 20}}), kNaN, lines));
+    EXPECT_TRUE(GetDefaultSatinInclinations(outer, Corners({{80, 100}, {80, 20}, {0, 20}}), kNaN, lines));
     EXPECT_EQ(Pairs(lines), Pairs(few)) << "the other rail's direction does not matter";
 
     EXPECT_TRUE(GetDefaultSatinInclinations(outer, inner, 50, lines));
@@ -57,22 +52,22 @@ TEST(Satin, PairsEndsThenCornersThenFillsEvenly) {
                                      P{{100, 50}, {80, 60}}, P{{100, 100}, {80, 100}}));
 
     // A corner of one rail alone is paired with the closest point of the other.
-    EXPECT_TRUE(GetDefaultSatinInclinations(Polyline({{0, 0}, {30, -9}, {100, 0}}),
-                                            Polyline({{0, 20}, {100, 20}}), 0, lines));
+    EXPECT_TRUE(GetDefaultSatinInclinations(Corners({{0, 0}, {30, -9}, {100, 0}}),
+                                            Corners({{0, 20}, {100, 20}}), 0, lines));
     EXPECT_THAT(Pairs(lines),
                 testing::ElementsAre(P{{0, 0}, {0, 20}}, P{{30, -9}, {30, 20}}, P{{100, 0}, {100, 20}}));
 
-    EXPECT_FALSE(GetDefaultSatinInclinations(outer, Polyline({{5, 5}}), 1, lines));
+    EXPECT_FALSE(GetDefaultSatinInclinations(outer, Corners({{5, 5}}), 1, lines));
     EXPECT_TRUE(lines.IsEmpty());
-    EXPECT_FALSE(GetDefaultSatinInclinations(Polyline({{5, 5}, {kNaN, 0}}), inner, 1, lines));
+    EXPECT_FALSE(GetDefaultSatinInclinations(Corners({{5, 5}, {kNaN, 0}}), inner, 1, lines));
     EXPECT_TRUE(GetDefaultSatinInclinations(outer, inner, 1e-9, lines)) << "far too fine: widened";
     EXPECT_GT(lines.GetSize(), MAX_SATIN_INCLINATIONS * 9 / 10);
     EXPECT_LE(lines.GetSize(), MAX_SATIN_INCLINATIONS);
 }
 
 TEST(Satin, LinesClosedRailsAllTheWayRound) {
-    const Nodes outer = Polyline({{0, 0}, {90, 0}, {90, 90}, {0, 90}, {0, 0}});
-    const Nodes inner = Polyline({{30, 30}, {60, 30}, {60, 60}, {30, 60}, {30, 30}});
+    const Nodes outer = Corners({{0, 0}, {90, 0}, {90, 90}, {0, 90}, {0, 0}});
+    const Nodes inner = Corners({{30, 30}, {60, 30}, {60, 60}, {30, 60}, {30, 30}});
     Lines lines;
     EXPECT_TRUE(GetDefaultSatinInclinations(outer, inner, 45, lines));
     EXPECT_EQ(lines.GetSize(), 9) << "corners and the middles between them, the first again at the end";
@@ -118,112 +113,103 @@ TEST(Satin, KeepsNeighboursWithinTheSpacingOnRailsSideBySide) {
         20);
 }
 
-/// Boxes in boxes, which share edges and corners with each other and with what surrounds them.
-class Boxes {
-  public:
-    explicit Boxes(unsigned seed) : m_source(seed) { Fill(0, 0, 512, 512, -1, 0); }
-
-    /// In random order, each as a rectangle or as an ellipse inscribed in one that holds nothing.
-    CPolyPolyBezier Shape(std::vector<BEZIERHOLEINFO>& expected) {
-        std::vector<int> order(m_boxes.size()), place(m_boxes.size());
-        std::iota(order.begin(), order.end(), 0);
-        for (std::size_t i = order.size(); i > 1; --i)
-            std::swap(order[i - 1],
-                      order[static_cast<std::size_t>(m_source.Integer(0, static_cast<int>(i) - 1))]);
-        for (std::size_t i = 0; i < order.size(); ++i)
-            place[static_cast<std::size_t>(order[i])] = static_cast<int>(i);
-        CPolyPolyBezier shape;
-        for (const int i : order) {
-            const Box& box = m_boxes[static_cast<std::size_t>(i)];
-            const int parent = box.parent < 0 ? -1 : place[static_cast<std::size_t>(box.parent)];
-            expected.push_back({box.depth, parent, box.depth % 2 == 1});
-            shape.Add(std::make_unique<Nodes>(Contour(box)));
-        }
-        return shape;
+/// Squares in squares, quarters of each other, which share edges and corners.
+struct Square {
+    double left, top, size;
+    bool IsIn(const Square& other) const {
+        return size < other.size && left >= other.left && top >= other.top &&
+               left + size <= other.left + other.size && top + size <= other.top + other.size;
     }
-
-  private:
-    struct Box {
-        double left, top, right, bottom;
-        int parent, depth;
-        bool isLeaf;
-    };
-
-    void Fill(double left, double top, double right, double bottom, int parent, int depth) {
-        const int self = static_cast<int>(m_boxes.size());
-        m_boxes.push_back({left, top, right, bottom, parent, depth, true});
-        const double width = (right - left) / 2, height = (bottom - top) / 2;
-        if (depth == 4) return;
-        for (int k = 0; k < 4; ++k) {
-            if (m_source.Integer(0, 2) > 0) continue;
-            m_boxes[static_cast<std::size_t>(self)].isLeaf = false;
-            const double x = left + k % 2 * width, y = top + (k > 1 ? height : 0);
-            Fill(x, y, x + width, y + height, self, depth + 1);
-        }
-    }
-
-    Nodes Contour(const Box& box) {
-        Nodes nodes;
-        const double x = (box.left + box.right) / 2, y = (box.top + box.bottom) / 2;
-        if (box.isLeaf && m_source.Integer(0, 1) == 0) {
-            const double a = (box.right - box.left) / 2, b = (box.bottom - box.top) / 2,
-                         k = 0.5522847498307936;
-            nodes = MakeNodes({{{x + a, y - k * b}, {x + a, y}, {x + a, y + k * b}},
-                               {{x + k * a, y + b}, {x, y + b}, {x - k * a, y + b}},
-                               {{x - a, y + k * b}, {x - a, y}, {x - a, y - k * b}},
-                               {{x - k * a, y - b}, {x, y - b}, {x + k * a, y - b}},
-                               {{x + a, y - k * b}, {x + a, y}, {x + a, y + k * b}}});
-        } else {
-            nodes = Polyline(
-                {{box.left, box.top}, {box.right, box.top}, {box.right, box.bottom}, {box.left, box.bottom}});
-            if (m_source.Integer(0, 1) == 0) nodes.Add(nodes[0]);  // an open one counts as closed
-        }
-        if (m_source.Integer(0, 1) == 0) SwapPoints(nodes);
-        return nodes;
-    }
-
-    CurveSource m_source;
-    std::vector<Box> m_boxes;
 };
+
+void Fill(CurveSource& source, const Square& square, std::vector<Square>& all) {
+    all.push_back(square);
+    const double half = square.size / 2;
+    for (int k = 0; k < 4 && half > 16; ++k) {
+        const Square quarter{square.left + k % 2 * half, square.top + (k > 1 ? half : 0), half};
+        if (source.Integer(0, 2) == 0) Fill(source, quarter, all);
+    }
+}
+
+/// Closed or open, which counts as closed, and either way round; what holds nothing may be a circle instead.
+Nodes Outline(CurveSource& source, const Square& square, bool isEmpty) {
+    const double right = square.left + square.size, bottom = square.top + square.size;
+    Nodes nodes;
+    if (isEmpty && source.Integer(0, 1) == 0) {
+        const double r = square.size / 2, k = 0.5522847498307936 * r, x = square.left + r, y = square.top + r;
+        nodes = MakeNodes({{{right, y - k}, {right, y}, {right, y + k}},
+                           {{x + k, bottom}, {x, bottom}, {x - k, bottom}},
+                           {{x - r, y + k}, {x - r, y}, {x - r, y - k}},
+                           {{x - k, y - r}, {x, y - r}, {x + k, y - r}},
+                           {{right, y - k}, {right, y}, {right, y + k}}});
+    } else {
+        nodes = Corners(Box(square.left, square.top, right, bottom));
+        if (source.Integer(0, 1) == 0) nodes.RemoveAt(4);
+    }
+    if (source.Integer(0, 1) == 0) SwapPoints(nodes);
+    return nodes;
+}
 
 TEST(HoleInfo, FindsTheNestingOfContoursThatTouch) {
     test::ExpectLaw(
         [](unsigned seed) {
-            std::vector<BEZIERHOLEINFO> expected;
-            const CPolyPolyBezier shape = Boxes(seed).Shape(expected);
+            CurveSource source(seed);
+            std::vector<Square> squares;
+            Fill(source, {0, 0, 512}, squares);
+            std::shuffle(squares.begin(), squares.end(), std::mt19937(seed));
+            CPolyPolyBezier shape;
+            for (const Square& square : squares) {
+                const bool isEmpty = std::none_of(squares.begin(), squares.end(),
+                                                  [&](const Square& other) { return other.IsIn(square); });
+                AddTo(shape, Outline(source, square, isEmpty));
+            }
             CArray<BEZIERHOLEINFO, BEZIERHOLEINFO> info;
             GetBezierHoleInfo(shape, info);
             RC_ASSERT(info.GetSize() == shape.GetSize());
-            for (int i = 0; i < info.GetSize(); ++i) {
-                const BEZIERHOLEINFO& wanted = expected[static_cast<std::size_t>(i)];
-                RC_ASSERT(info[i].depth == wanted.depth);
-                RC_ASSERT(info[i].parent == wanted.parent);
-                RC_ASSERT(info[i].isHole == wanted.isHole);
+            for (std::size_t i = 0; i < squares.size(); ++i) {
+                const Square* parent = nullptr;
+                int depth = 0;
+                for (const Square& other : squares) {
+                    if (!squares[i].IsIn(other)) continue;
+                    ++depth;
+                    if (parent == nullptr || other.size < parent->size) parent = &other;
+                }
+                const BEZIERHOLEINFO& found = info[static_cast<int>(i)];
+                RC_ASSERT(found.depth == depth && found.isHole == (depth % 2 == 1));
+                RC_ASSERT(found.parent ==
+                          (parent == nullptr ? -1 : static_cast<int>(parent - squares.data())));
             }
         },
         60);
 }
 
 TEST(HoleInfo, TakesTheFirstOfEqualContoursForTheOuterAndPassesOverTheRest) {
+    struct Row {
+        Points contour;
+        int depth, parent;
+    };
+    const Row rows[] = {
+        {{{0, 0}, {9, 0}, {9, 9}}, 0, -1},
+        {{}, 0, -1},  // a null contour
+        {{{0, 0}, {9, 0}, {9, 9}}, 1, 0},
+        {{{4, 1}}, 0, -1},
+        {{{4, 1}, {6, 2}, {4, 1}}, 0, -1},
+        {{{4, 1}, {kNaN, 2}, {5, 2}}, 0, -1},
+        // A figure of eight without signed area, something in one of its halves, and something between them.
+        {{{20, 0}, {40, 20}, {40, 0}, {20, 20}}, 0, -1},
+        {{{36, 9}, {38, 9}, {38, 11}, {36, 11}}, 1, 6},
+        {{{29, 1}, {31, 1}, {30, 2}}, 0, -1},
+    };
     CPolyPolyBezier shape;
-    const auto add = [&shape](Nodes nodes) { shape.Add(std::make_unique<Nodes>(std::move(nodes))); };
-    add(Polyline({{0, 0}, {9, 0}, {9, 9}}));
-    shape.Add(static_cast<Nodes*>(nullptr));
-    add(Polyline({{0, 0}, {9, 0}, {9, 9}}));
-    add(Polyline({{4, 1}}));
-    add(Polyline({{4, 1}, {6, 2}, {4, 1}}));
-    add(Polyline({{4, 1}, {kNaN, 2}, {5, 2}}));
-    // A figure of eight without signed area, and something in one of its halves.
-    add(Polyline({{20, 0}, {40, 20}, {40, 0}, {20, 20}}));
-    add(Polyline({{36, 9}, {38, 9}, {38, 11}, {36, 11}}));
-    add(Polyline({{29, 1}, {31, 1}, {30, 2}}));  // between the halves: outside
+    for (const Row& row : rows)
+        shape.Add(row.contour.empty() ? nullptr : std::make_unique<Nodes>(Corners(row.contour)));
     CArray<BEZIERHOLEINFO, BEZIERHOLEINFO> info;
     GetBezierHoleInfo(shape, info);
     ASSERT_EQ(info.GetSize(), 9);
-    const std::array<std::pair<int, int>, 9> expected = {
-        {{0, -1}, {0, -1}, {1, 0}, {0, -1}, {0, -1}, {0, -1}, {0, -1}, {1, 6}, {0, -1}}};
-    for (int i = 0; i < 9; ++i)
-        EXPECT_EQ(std::pair(info[i].depth, info[i].parent), expected[static_cast<std::size_t>(i)]) << i;
+    for (int i = 0; i < 9; ++i) {
+        EXPECT_EQ(info[i].depth, rows[i].depth) << i;
+        EXPECT_EQ(info[i].parent, rows[i].parent) << i;
+    }
     GetBezierHoleInfo(CPolyPolyBezier(), info);
     EXPECT_TRUE(info.IsEmpty());
 }
@@ -284,35 +270,6 @@ TEST(Spiral, StaysWithinTheStatedDeviationAndIsSmoothAndMirrored) {
     EXPECT_FALSE(GetSymmetricalSpiralBPoints({{0, 0}, 1, 5, 1, 0, true}, 0, spiral, twin));
     EXPECT_FALSE(GetSymmetricalSpiralBPoints({{0, 0}, 1, 5, 1, 0, true}, 1e-300, spiral, twin));
     EXPECT_TRUE(spiral.IsEmpty() && twin.IsEmpty());
-}
-
-TEST(Stitch, SurvivesHostileContours) {
-    CurveSource source(11);
-    Lines lines;
-    CArray<BEZIERHOLEINFO, BEZIERHOLEINFO> info;
-    for (int round = 0; round < 120; ++round) {
-        CPolyPolyBezier shape;
-        for (int c = 0; c < 4; ++c) {
-            auto nodes = std::make_unique<Nodes>();
-            for (int i = source.Integer(0, 4); i > 0; --i) {
-                const CBezier curve = round % 2 == 0 ? source.Any() : source.Degenerate();
-                nodes->Add({curve.p0, curve.p1, curve.p2});
-            }
-            shape.Add(std::move(nodes));
-        }
-        GetBezierHoleInfo(shape, info);
-        for (int i = 0; i < info.GetSize(); ++i) {
-            EXPECT_EQ(info[i].parent < 0, info[i].depth == 0);
-            int steps = 0;
-            for (int k = i; k >= 0 && steps <= info.GetSize(); k = info[k].parent) ++steps;
-            EXPECT_LE(steps, info.GetSize()) << "parents in a circle";
-        }
-        static constexpr double spacings[] = {40, kNaN, kInfinity, -1, 0};
-        const double spacing = spacings[round % 5];
-        const bool isDone = GetDefaultSatinInclinations(shape[0], shape[1], spacing, lines);
-        EXPECT_EQ(isDone, !lines.IsEmpty());
-        EXPECT_LE(lines.GetSize(), MAX_SATIN_INCLINATIONS);
-    }
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ std::vector<DPOINT> PlainCrossings(const CPolyPolyBezier& a, const CPolyPolyBezi
 TEST(CrossingSearch, FindsWhatThePlainLoopsFindOnTheCurvesThemselves) {
     test::ExpectLaw(
         [](unsigned seed) {
-            CurveSource source(seed);
+            test::CurveSource source(seed);
             const auto blob = [&source] {
                 std::vector<double> radii;
                 for (int n = source.Integer(4, 14); n > 0; --n) radii.push_back(source.Uniform(100, 400));

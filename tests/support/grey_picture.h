@@ -36,17 +36,17 @@ struct GreyPicture {
     GreyView View() const { return {levels.data(), width, height, width}; }
 };
 
-/// Black where `inside(x, y)` holds, each pixel grey by the part of 16 x 16 points in it that are.
+/// Black where `inside(x, y)` holds, each pixel grey by the part of the points sampled in it that are.
 template <class Inside>
-GreyPicture Render(int width, int height, Inside inside) {
+GreyPicture Render(int width, int height, const Inside& inside, int samples = 16) {
     GreyPicture picture(width, height);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             int covered = 0;
-            for (int j = 0; j < 16; ++j)
-                for (int i = 0; i < 16; ++i)
-                    covered += inside(x + (i + 0.5) / 16, y + (j + 0.5) / 16) ? 1 : 0;
-            picture.At(x, y) = static_cast<std::uint8_t>(255 - covered * 255 / 256);
+            for (int j = 0; j < samples; ++j)
+                for (int i = 0; i < samples; ++i)
+                    covered += inside(x + (i + 0.5) / samples, y + (j + 0.5) / samples) ? 1 : 0;
+            picture.At(x, y) = static_cast<std::uint8_t>(255 - covered * 255 / (samples * samples));
         }
     return picture;
 }

@@ -5,6 +5,7 @@
 // brings what the laws use of it.
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -41,6 +42,13 @@ void ExpectLaw(Law&& law, int cases = 100) {
     const std::string failure = rc::detail::FirstFailure(std::forward<Law>(law), cases);
     if (!failure.empty()) ADD_FAILURE() << failure;
 #endif
+}
+
+/// A generated number spread over [-limit, limit]: multiplied modulo 2^16, so that the small numbers that
+/// are generated first spread as widely.
+inline double Spread(std::int16_t n, double limit) {
+    const auto scrambled = static_cast<std::uint16_t>(static_cast<std::uint16_t>(n) * 40503U);
+    return static_cast<std::int16_t>(scrambled) / 32768.0 * limit;
 }
 
 }  // namespace tarvex::test

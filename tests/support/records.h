@@ -12,6 +12,10 @@ inline bool operator==(const BPOINT& a, const BPOINT& b) {
     return a.cp1 == b.cp1 && a.pt == b.pt && a.cp2 == b.cp2 && a.flags == b.flags;
 }
 
+inline bool operator==(const DRECT& a, const DRECT& b) {
+    return a.left == b.left && a.right == b.right && a.top == b.top && a.bottom == b.bottom;
+}
+
 inline void PrintTo(const DPOINT& p, std::ostream* os) { *os << '(' << p.x << ", " << p.y << ')'; }
 inline void PrintTo(const TRIG& t, std::ostream* os) {
     *os << '{' << t.a << ", " << t.b << ", " << t.c << '}';
