@@ -1,15 +1,16 @@
 // Circles through three points and arcs as polylines.
 #include "support/precompiled.h"
 
-#include <numbers>
-
+#include "bezier/vector.h"
+#include "support/contours.h"
+#include "support/property.h"
 #include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {
 namespace {
 
-constexpr double PI = std::numbers::pi;
+using test::kPi;
 
 DPOINT OnCircle(DPOINT centre, double radius, double angle) {
     return {centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)};
@@ -18,16 +19,24 @@ DPOINT OnCircle(DPOINT centre, double radius, double angle) {
 TEST(Circle, RunsThroughThreePointsAndIsRefusedForCollinearOnes) {
     DPOINT centre;
     double radius = -7;
-    ASSERT_TRUE(CalcCircle(0, 0, 1, 1, 2, 0, centre, radius));
-    EXPECT_EQ(centre, (DPOINT{1, 0}));
-    EXPECT_DOUBLE_EQ(radius, 1);
-
-    radius = -7;
-    EXPECT_FALSE(CalcCircle(0, 0, 1, 1, 2, 2, centre, radius));
-    EXPECT_FALSE(CalcCircle(0, 0, 0, 1, 0, 2, centre, radius));
-    EXPECT_FALSE(CalcCircle(0, 0, 1, 0, 2, 0, centre, radius));
-    EXPECT_FALSE(CalcCircle(3, 3, 3, 3, 8, 1, centre, radius));
-    EXPECT_EQ(radius, -7) << "left alone on failure";
+    test::ExpectLaw([&](std::int16_t x, std::int16_t y, std::uint16_t size, std::array<std::uint8_t, 3> at) {
+        DPOINT p[3];
+        const DPOINT wanted{x / 50.0, y / 50.0};
+        for (std::size_t i = 0; i < 3; ++i)
+            p[i] = OnCircle(wanted, size / 50.0 + 1, static_cast<double>(10 * i + at[i] % 9) * kPi / 15);
+        RC_ASSERT(CalcCircle(p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y, centre, radius));
+        RC_ASSERT(std::fabs(radius - (size / 50.0 + 1)) < 1e-6 * radius);
+        RC_ASSERT(Distance(centre, wanted) < 1e-6 * radius);
+    });
+    const DPOINT collinear[][3] = {{{0, 0}, {1, 1}, {2, 2}},
+                                   {{0, 0}, {0, 1}, {0, 2}},
+                                   {{0, 0}, {1, 0}, {2, 0}},
+                                   {{3, 3}, {3, 3}, {8, 1}}};
+    for (const auto& [a, b, c] : collinear) {
+        radius = -7;
+        EXPECT_FALSE(CalcCircle(a.x, a.y, b.x, b.y, c.x, c.y, centre, radius)) << c.x << ", " << c.y;
+        EXPECT_EQ(radius, -7) << "left alone on failure";
+    }
 }
 
 TEST(Arc, TakesStepsOfTheFullCircleClampedTo36And360) {
@@ -40,8 +49,8 @@ TEST(Arc, TakesStepsOfTheFullCircleClampedTo36And360) {
         CArray<DPOINT, DPOINT> pts;
         // On the unit circle whatever the radius says: it only sets the step.
         CalcArc(pts, {0, 0}, radius, 1, 0, 0, 1, -1, 0);
-        const double step = 2 * PI / steps;
-        const int inside = static_cast<int>(std::ceil(PI / step - 1e-6)) - 1;
+        const double step = 2 * kPi / steps;
+        const int inside = static_cast<int>(std::ceil(kPi / step - 1e-6)) - 1;
         ASSERT_EQ(pts.GetSize(), inside + 2) << radius;
         EXPECT_NEAR(std::atan2(pts[1].y, pts[1].x), step, 1e-12);
     }
@@ -79,7 +88,7 @@ TEST(Arc, RunsThroughTheMiddlePointsSideEitherWayRound) {
             // Either the short or the long way from start to end, whichever passes the middle.
             const double direct = c.end - c.start;
             const bool between = std::min(c.start, c.end) < c.middle && c.middle < std::max(c.start, c.end);
-            EXPECT_NEAR(turned, between ? direct : direct - std::copysign(2 * PI, direct), 1e-6)
+            EXPECT_NEAR(turned, between ? direct : direct - std::copysign(2 * kPi, direct), 1e-6)
                 << radius << ": " << c.start << " " << c.middle << " " << c.end;
         }
     }

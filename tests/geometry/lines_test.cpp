@@ -3,17 +3,26 @@
 
 #include <climits>
 #include <cstdlib>
-#include <numbers>
 
+#include "bezier/vector.h"
+#include "support/contours.h"
+#include "support/property.h"
 #include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {
 namespace {
 
-constexpr double PI = std::numbers::pi;
-constexpr double INF = std::numeric_limits<double>::infinity();
-const double NOT_A_NUMBER = std::nan("");
+using test::kInfinity;
+using test::kNaN;
+using test::kPi;
+
+/// A point of a drawing: thousandths between -1000 and 1000.
+DPOINT AnyPoint() {
+    const auto coordinate = [] { return *rc::gen::inRange(-1000000, 1000001) / 1000.0; };
+    const double x = coordinate();
+    return {x, coordinate()};
+}
 
 struct Meeting {
     int result;
@@ -24,30 +33,23 @@ struct Meeting {
     }
 };
 
-Meeting MeetLines(const DLINE& a, const DLINE& b) {
+Meeting Meet(decltype(GetLinesIntersection) intersection, const DLINE& a, const DLINE& b) {
     Meeting m{-1, 777, 777};
-    m.result =
-        GetLinesIntersection(a.p1.x, a.p1.y, a.p2.x, a.p2.y, b.p1.x, b.p1.y, b.p2.x, b.p2.y, &m.x, &m.y);
+    m.result = intersection(a.p1.x, a.p1.y, a.p2.x, a.p2.y, b.p1.x, b.p1.y, b.p2.x, b.p2.y, &m.x, &m.y);
     return m;
 }
 
-Meeting MeetSegments(const DLINE& a, const DLINE& b) {
-    Meeting m{-1, 777, 777};
-    m.result =
-        GetSegmentIntersection(a.p1.x, a.p1.y, a.p2.x, a.p2.y, b.p1.x, b.p1.y, b.p2.x, b.p2.y, &m.x, &m.y);
-    return m;
-}
+struct MeetingCase {
+    const char* what;
+    DLINE a, b;
+    Meeting expected;
+};
 
 TEST(LinesIntersection, GivesTheCrossingOrTheStatedLeftovers) {
     const DLINE diagonal{{0, 0}, {10, 10}};
     const DLINE upright{{3, 0}, {3, 5}};
-    struct Case {
-        const char* what;
-        DLINE a, b;
-        Meeting expected;
-    };
-    for (const Case& c : {
-             Case{"two slopes", diagonal, {{0, 10}, {10, 0}}, {1, 5, 5}},
+    for (const MeetingCase& c : {
+             MeetingCase{"two slopes", diagonal, {{0, 10}, {10, 0}}, {1, 5, 5}},
              {"beyond both", diagonal, {{20, 0}, {20, 1}}, {1, 20, 20}},
              {"first vertical", upright, diagonal, {1, 3, 3}},
              {"second vertical", diagonal, upright, {1, 3, 3}},
@@ -74,7 +76,7 @@ TEST(LinesIntersection, GivesTheCrossingOrTheStatedLeftovers) {
               diagonal,
               {1, 3, 3}},
          }) {
-        EXPECT_EQ(MeetLines(c.a, c.b), c.expected) << c.what;
+        EXPECT_EQ(Meet(GetLinesIntersection, c.a, c.b), c.expected) << c.what;
     }
 }
 
@@ -90,18 +92,14 @@ TEST(LinesIntersection, RoundsAsComputedRelativeToTheSecondPoint) {
         const double m1 = (y1 - y2) / (x1 - x2);
         const double m2 = ((y3 - y2) - (y4 - y2)) / ((x3 - x2) - (x4 - x2));
         const double x = ((y4 - y2) - m2 * (x4 - x2)) / (m1 - m2);
-        EXPECT_EQ(MeetLines({{x1, y1}, {x2, y2}}, {{x3, y3}, {x4, y4}}), (Meeting{1, x + x2, m1 * x + y2}));
+        EXPECT_EQ(Meet(GetLinesIntersection, {{x1, y1}, {x2, y2}}, {{x3, y3}, {x4, y4}}),
+                  (Meeting{1, x + x2, m1 * x + y2}));
     }
 }
 
 TEST(SegmentIntersection, NeedsThePointInBothBoxesAndKeepsItOtherwise) {
-    struct Case {
-        const char* what;
-        DLINE a, b;
-        Meeting expected;
-    };
-    for (const Case& c : {
-             Case{"crossing", {{0, 0}, {10, 10}}, {{0, 10}, {10, 0}}, {1, 5, 5}},
+    for (const MeetingCase& c : {
+             MeetingCase{"crossing", {{0, 0}, {10, 10}}, {{0, 10}, {10, 0}}, {1, 5, 5}},
              {"touching ends", {{0, 0}, {4, 4}}, {{4, 4}, {8, 0}}, {1, 4, 4}},
              {"lines cross outside both", {{0, 0}, {1, 1}}, {{4, 0}, {3, 1}}, {0, 2, 2}},
              {"outside the second only", {{0, 0}, {9, 9}}, {{4, 0}, {3, 1}}, {0, 2, 2}},
@@ -109,7 +107,7 @@ TEST(SegmentIntersection, NeedsThePointInBothBoxesAndKeepsItOtherwise) {
              {"collinear overlap", {{0, 0}, {4, 4}}, {{2, 2}, {8, 8}}, {0, 0, 0}},
              {"two verticals keep the relative x", {{1, 0}, {1, 4}}, {{5, 0}, {5, 4}}, {0, 4, 0}},
          }) {
-        EXPECT_EQ(MeetSegments(c.a, c.b), c.expected) << c.what;
+        EXPECT_EQ(Meet(GetSegmentIntersection, c.a, c.b), c.expected) << c.what;
     }
 }
 
@@ -121,8 +119,8 @@ TEST(PointInLineRange, IsTheWidenedBoxEndsIncluded) {
     EXPECT_EQ(IsPointInLineRange(0, 0, 10, 0, 5, 1.1e-8), 0);
     EXPECT_EQ(IsPointInLineRange(0, 0, 10, 0, 10 + 0.9e-8, 0), 1);
     EXPECT_EQ(IsPointInLineRange(0, 0, 10, 0, -2e-8, 0), 0);
-    EXPECT_EQ(IsPointInLineRange(0, 0, 10, 10, NOT_A_NUMBER, 5), 0);
-    EXPECT_EQ(IsPointInLineRange(-INF, 0, INF, 10, 5, 5), 1);
+    EXPECT_EQ(IsPointInLineRange(0, 0, 10, 10, kNaN, 5), 0);
+    EXPECT_EQ(IsPointInLineRange(-kInfinity, 0, kInfinity, 10, 5, 5), 1);
 }
 
 TEST(HalfPlane, IsOneOnTheLeftAndZeroWhereTheCrossProductIsSmall) {
@@ -132,17 +130,10 @@ TEST(HalfPlane, IsOneOnTheLeftAndZeroWhereTheCrossProductIsSmall) {
     EXPECT_EQ(GetHalfPlane(0, 1, 0, 0, 1e-8, 0), 1) << "the tolerance itself is not small";
     EXPECT_EQ(GetHalfPlane(0, 1, 0, 0, 0.9e-8, 0), 0);
     EXPECT_EQ(GetHalfPlane(0, 1e-6, 0, 0, 1e-3, 0), 0) << "an area, not a distance";
-    EXPECT_EQ(GetHalfPlane(NOT_A_NUMBER, 0, 0, 0, 1, 1), -1);
+    EXPECT_EQ(GetHalfPlane(kNaN, 0, 0, 0, 1, 1), -1);
 }
 
-TEST(DistanceFromLine, IsThatOfTheInfiniteLineOrOfAPointWhenThereIsNone) {
-    EXPECT_EQ(GetDistanceFromLine(0, 0, 10, 0, 50, 3), 3);
-    EXPECT_DOUBLE_EQ(GetDistanceFromLine(0, 0, 1, 1, 1, 0), std::sqrt(0.5));
-    EXPECT_EQ(GetDistanceFromLine(2, 2, 2, 2, 5, 6), 5);
-    EXPECT_EQ(GetDistanceFromLine(2, 2, 2 + 0.9e-8, 2, 5, 6), 5);
-}
-
-TEST(DistancePoint, IsTheFootOnTheInfiniteLineOrTheFirstPoint) {
+TEST(DistanceFromLine, IsThatOfTheFootOnTheInfiniteLineOrOfTheFirstPointWhenThereIsNone) {
     struct Case {
         DLINE line;
         DPOINT p, foot;
@@ -152,11 +143,19 @@ TEST(DistancePoint, IsTheFootOnTheInfiniteLineOrTheFirstPoint) {
                           {{{4, 1}, {4, 9}}, {-7, -3}, {4, -3}},
                           {{{2, 3}, {2, 3}}, {9, 9}, {2, 3}},
                           {{{2, 3}, {2, 3 + 0.9e-8}}, {9, 9}, {2, 3}}}) {
-        const DPOINT foot =
-            GetDistancePoint(c.line.p1.x, c.line.p1.y, c.line.p2.x, c.line.p2.y, c.p.x, c.p.y);
-        EXPECT_EQ(foot.x, c.foot.x);
-        EXPECT_EQ(foot.y, c.foot.y);
+        const auto& [a, b] = c.line;
+        const DPOINT foot = GetDistancePoint(a.x, a.y, b.x, b.y, c.p.x, c.p.y);
+        EXPECT_TRUE(test::SameBits(foot, c.foot)) << c.p.x << ": " << foot.x << ", " << foot.y;
+        EXPECT_DOUBLE_EQ(GetDistanceFromLine(a.x, a.y, b.x, b.y, c.p.x, c.p.y), Distance(c.p, c.foot))
+            << c.p.x;
     }
+    test::ExpectLaw([] {
+        const DPOINT a = AnyPoint(), b = AnyPoint(), p = AnyPoint();
+        RC_PRE(Distance(a, b) > 1);
+        const DPOINT foot = GetDistancePoint(a.x, a.y, b.x, b.y, p.x, p.y);
+        RC_ASSERT(GetDistanceFromLine(a.x, a.y, b.x, b.y, foot.x, foot.y) < 1e-7);
+        RC_ASSERT(std::fabs(GetDistanceFromLine(a.x, a.y, b.x, b.y, p.x, p.y) - Distance(p, foot)) < 1e-7);
+    });
 }
 
 TEST(DivideLine, ExtrapolatesAndSnapsSinglePrecisionToZero) {
@@ -195,16 +194,22 @@ TEST(MovingAlongALine, ExpandsFromAndSetsTheDistanceToTheFirstPoint) {
     }
 }
 
-TEST(MovingAPoint, TurnsPositiveAnglesFromXTowardsY) {
-    double x = 3, y = 1;
-    Rotate(&x, &y, 2, 1, PI / 2);
-    EXPECT_DOUBLE_EQ(x, 2);
-    EXPECT_DOUBLE_EQ(y, 2);
-
-    float fx = 1, fy = 0;
-    Rotate(&fx, &fy, 0.0f, 0.0f, PI / 2);
-    EXPECT_EQ(fx, 0) << "6e-17 is snapped";
-    EXPECT_EQ(fy, 1);
+TEST(MovingAPoint, TurnsByTheAngleFromXTowardsYAndBackAgain) {
+    test::ExpectLaw([] {
+        const DPOINT p = AnyPoint(), centre = AnyPoint();
+        RC_PRE(Distance(p, centre) > 1);
+        const double angle = *rc::gen::inRange(-3141, 3142) / 1000.0;
+        DPOINT q = p;
+        Rotate(&q.x, &q.y, centre.x, centre.y, angle);
+        RC_ASSERT(std::fabs(Distance(q, centre) - Distance(p, centre)) < 1e-9);
+        RC_ASSERT(std::fabs(GetLinesAngle(q.x, q.y, centre.x, centre.y, p.x, p.y) - angle) < 1e-9);
+        Rotate(&q.x, &q.y, centre.x, centre.y, -angle);
+        RC_ASSERT(Distance(p, q) < 1e-9);
+    });
+    float x = 1, y = 0;
+    Rotate(&x, &y, 0.0f, 0.0f, kPi / 2);
+    EXPECT_EQ(x, 0) << "6e-17 is snapped";
+    EXPECT_EQ(y, 1);
 }
 
 TEST(MovingAPoint, StretchesAndFlipsAboutTheCentre) {
@@ -212,10 +217,10 @@ TEST(MovingAPoint, StretchesAndFlipsAboutTheCentre) {
     Stretch(&x, &y, 1, 1, 2, -0.5);
     EXPECT_EQ(x, 5);
     EXPECT_EQ(y, -1);
-    FlipHor(&x, &y, 1, NOT_A_NUMBER);
+    FlipHor(&x, &y, 1, kNaN);
     EXPECT_EQ(x, -3);
     EXPECT_EQ(y, -1);
-    FlipVer(&x, &y, NOT_A_NUMBER, 2);
+    FlipVer(&x, &y, kNaN, 2);
     EXPECT_EQ(x, -3);
     EXPECT_EQ(y, 5);
 
@@ -237,11 +242,11 @@ TEST(LinesAngle, IsSignedAndZeroForCoincidingPoints) {
         DPOINT p0, vertex, p2;
         double expected;
     };
-    for (const Case& c : {Case{{1, 0}, {0, 0}, {0, 1}, -PI / 2},
-                          {{0, 1}, {0, 0}, {1, 0}, PI / 2},
-                          {{-1, 0}, {0, 0}, {1, 0}, PI},
-                          {{1, 0}, {0, 0}, {-1, 0}, -PI},
-                          {{1, -1}, {0, 0}, {1, 1}, -PI / 2},
+    for (const Case& c : {Case{{1, 0}, {0, 0}, {0, 1}, -kPi / 2},
+                          {{0, 1}, {0, 0}, {1, 0}, kPi / 2},
+                          {{-1, 0}, {0, 0}, {1, 0}, kPi},
+                          {{1, 0}, {0, 0}, {-1, 0}, -kPi},
+                          {{1, -1}, {0, 0}, {1, 1}, -kPi / 2},
                           {{5, 5}, {5, 5}, {9, 9}, 0},
                           {{9, 0}, {5, 5}, {9, 0}, 0},
                           {{9, 0}, {5, 5}, {5, 5 + 0.9e-8}, 0},
@@ -251,14 +256,14 @@ TEST(LinesAngle, IsSignedAndZeroForCoincidingPoints) {
 }
 
 TEST(BoundedAngles, AreFoldedOnceOnly) {
-    EXPECT_EQ(BoundPI(PI), PI);
-    EXPECT_EQ(BoundPI(-PI), -PI);
-    EXPECT_EQ(BoundPI(4 * PI), 2 * PI);
-    EXPECT_EQ(BoundPI(-4 * PI), -2 * PI);
-    EXPECT_EQ(BoundPI(3.5), 3.5 - 2 * PI);
-    EXPECT_EQ(Bound2PI(-0.5), 2 * PI - 0.5);
+    EXPECT_EQ(BoundPI(kPi), kPi);
+    EXPECT_EQ(BoundPI(-kPi), -kPi);
+    EXPECT_EQ(BoundPI(4 * kPi), 2 * kPi);
+    EXPECT_EQ(BoundPI(-4 * kPi), -2 * kPi);
+    EXPECT_EQ(BoundPI(3.5), 3.5 - 2 * kPi);
+    EXPECT_EQ(Bound2PI(-0.5), 2 * kPi - 0.5);
     EXPECT_EQ(Bound2PI(7), 7);
-    EXPECT_EQ(Bound2PI(-20), -20 + 2 * PI);
+    EXPECT_EQ(Bound2PI(-20), -20 + 2 * kPi);
 }
 
 TEST(Comparisons, OfDistancesAreProportionsAndOfAnglesWrap) {
@@ -267,13 +272,13 @@ TEST(Comparisons, OfDistancesAreProportionsAndOfAnglesWrap) {
     EXPECT_EQ(AreDistancesEqual(9.5, 10, 0.9), 1);
     EXPECT_EQ(AreDistancesEqual(-10, 9.5, -0.9), 1);
     EXPECT_EQ(AreDistancesEqual(0, 5, 0.9), 0);
-    EXPECT_EQ(AreDistancesEqual(INF, INF, 0.9), 0);
+    EXPECT_EQ(AreDistancesEqual(kInfinity, kInfinity, 0.9), 0);
 
-    EXPECT_EQ(AreAnglesEqual(0.001, 2 * PI - 0.001, 0.01), 1);
+    EXPECT_EQ(AreAnglesEqual(0.001, 2 * kPi - 0.001, 0.01), 1);
     EXPECT_EQ(AreAnglesEqual(-0.001, 0.001, 0.01), 1);
     EXPECT_EQ(AreAnglesEqual(1, 1.5, 0.5), 0) << "strictly less than the tolerance";
     EXPECT_EQ(AreAnglesEqual(1, 1, 0), 0);
-    EXPECT_EQ(AreAnglesEqual(NOT_A_NUMBER, 1, 10), 0);
+    EXPECT_EQ(AreAnglesEqual(kNaN, 1, 10), 0);
 }
 
 TEST(Random, CoversItsRangeAndAnswersOneToAnEmptyOne) {

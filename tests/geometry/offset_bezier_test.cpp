@@ -1,13 +1,15 @@
 // Offsets of Bezier contours: how far from the true offset, what stays straight, how many nodes.
 #include "support/precompiled.h"
 
+#include "bezier/vector.h"
+#include "support/contours.h"
 #include "tarvex/bezier.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {
 namespace {
 
-using Nodes = CArray<BPOINT, BPOINT>;
+using namespace test;
 
 /// Points of the contour, `perSegment` to each segment.
 std::vector<DPOINT> Sampled(const Nodes& nodes, int perSegment) {
@@ -23,8 +25,7 @@ std::vector<DPOINT> Sampled(const Nodes& nodes, int perSegment) {
 double DistanceTo(const Nodes& nodes, DPOINT p) {
     double nearest = 1e300;
     for (int i = 0; i + 1 < nodes.GetSize(); ++i) {
-        const DPOINT q = CBezier(nodes[i], nodes[i + 1]).GetNearestCurvePoint(p);
-        nearest = std::min(nearest, std::hypot(q.x - p.x, q.y - p.y));
+        nearest = std::min(nearest, Distance(CBezier(nodes[i], nodes[i + 1]).GetNearestCurvePoint(p), p));
     }
     return nearest;
 }
@@ -82,12 +83,12 @@ TEST(OffsetBezier, IsWithinTheToleranceOfTheTrueOffset) {
 
 TEST(OffsetBezier, StraightSegmentsStayStraight) {
     // Three sides of a square, one with handles along it, and an arch for the fourth.
-    Nodes arch;
-    for (const BPOINT& node : {BPOINT{{0, 0}, {0, 0}, {0, 0}}, BPOINT{{20, 0}, {20, 0}, {20, 5}},
-                               BPOINT{{20, 15}, {20, 20}, {20, 34}}, BPOINT{{0, 34}, {0, 20}, {0, 20}},
-                               BPOINT{{0, 0}, {0, 0}, {0, 0}}})
-        arch.Add(node);
-    CPolyPolyBezier result = ShrinkBezier(arch, 2);
+    CPolyPolyBezier result = ShrinkBezier(MakeNodes({Corner(0, 0),
+                                                     {{20, 0}, {20, 0}, {20, 5}},
+                                                     {{20, 15}, {20, 20}, {20, 34}},
+                                                     {{0, 34}, {0, 20}, {0, 20}},
+                                                     Corner(0, 0)}),
+                                          2);
     ASSERT_EQ(result.GetSize(), 1);
     const Nodes& nodes = result[0];
     double straight = 0;
@@ -102,9 +103,7 @@ TEST(OffsetBezier, StraightSegmentsStayStraight) {
 }
 
 TEST(OffsetBezier, OpenCurvesAndShapesWithHolesAndUnusableInput) {
-    Nodes line;
-    line.Add({{0, 0}, {0, 0}, {0, 30}});
-    line.Add({{40, 30}, {40, 0}, {40, 0}});
+    Nodes line = MakeNodes({{{0, 0}, {0, 0}, {0, 30}}, {{40, 30}, {40, 0}, {40, 0}}});
     CPolyPolyBezier moved = ShrinkBezier(line, -3);
     ASSERT_EQ(moved.GetSize(), 1);
     EXPECT_EQ(moved[0][0].pt, (DPOINT{3, 0}));
@@ -112,21 +111,20 @@ TEST(OffsetBezier, OpenCurvesAndShapesWithHolesAndUnusableInput) {
 
     CPolyPolyBezier ring;
     for (const double radius : {20.0, 10.0}) {
-        auto circle = std::make_unique<Nodes>();
-        CEllipse({5, 5}, radius).GetBeziers(*circle);
-        ring.Add(std::move(circle));
+        Nodes circle;
+        CEllipse({5, 5}, radius).GetBeziers(circle);
+        AddTo(ring, std::move(circle));
     }
     CPolyPolyBezier thinner = ShrinkBezier(ring, 3);
     ASSERT_EQ(thinner.GetSize(), 2);
-    for (const DPOINT& p : Sampled(thinner[0], 9)) EXPECT_NEAR(std::hypot(p.x - 5, p.y - 5), 17, 0.01);
-    for (const DPOINT& p : Sampled(thinner[1], 9)) EXPECT_NEAR(std::hypot(p.x - 5, p.y - 5), 13, 0.01);
+    for (const DPOINT& p : Sampled(thinner[0], 9)) EXPECT_NEAR(Distance(p, {5, 5}), 17, 0.01);
+    for (const DPOINT& p : Sampled(thinner[1], 9)) EXPECT_NEAR(Distance(p, {5, 5}), 13, 0.01);
     EXPECT_EQ(ShrinkBezier(ring, 5.01).GetSize(), 0);
 
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(ShrinkBezier(line, nan).GetSize(), 0);
+    EXPECT_EQ(ShrinkBezier(line, kNaN).GetSize(), 0);
     EXPECT_EQ(ShrinkBezier(Nodes(), 1).GetSize(), 0);
     EXPECT_EQ(ShrinkBezier(line, 1e300).GetSize(), 0);
-    line[1].cp1.x = nan;
+    line[1].cp1.x = kNaN;
     EXPECT_EQ(ShrinkBezier(line, 1).GetSize(), 0);
 }
 

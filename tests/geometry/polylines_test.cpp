@@ -5,28 +5,20 @@
 #include <cstring>
 #include <random>
 
+#include "support/contours.h"
 #include "support/records.h"
 #include "tarvex/geometry.h"
 
 namespace tarvex {
 namespace {
 
-const double NOT_A_NUMBER = std::nan("");
-
-using DPoints = CArray<DPOINT, DPOINT>;
-using Nodes = CArray<BPOINT, BPOINT>;
-
-std::unique_ptr<DPoints> Polyline(std::initializer_list<DPOINT> points) {
-    auto made = std::make_unique<DPoints>();
-    for (const DPOINT& p : points) made->Add(p);
-    return made;
-}
+using namespace test;
 
 TEST(PolylineLength, SumsChordsInEveryKindOfArray) {
-    EXPECT_EQ(GetPolylineLength(*Polyline({})), 0);
-    EXPECT_EQ(GetPolylineLength(*Polyline({{3, 4}})), 0);
+    EXPECT_EQ(GetPolylineLength(Polyline({})), 0);
+    EXPECT_EQ(GetPolylineLength(Polyline({{3, 4}})), 0);
     const auto bent = Polyline({{0, 0}, {3, 4}, {3, 10}, {3, 10}, {5, 10}});
-    EXPECT_EQ(GetPolylineLength(*bent), 13);
+    EXPECT_EQ(GetPolylineLength(bent), 13);
     for (const auto& [count, length] : {std::pair{-1, 0.0},
                                         {0, 0},
                                         {1, 5},
@@ -36,52 +28,44 @@ TEST(PolylineLength, SumsChordsInEveryKindOfArray) {
                                         {99, 13},
                                         {INT_MAX, 13},
                                         {INT_MIN, 0}}) {
-        EXPECT_EQ(GetPolylineLength(*bent, count), length) << count;
+        EXPECT_EQ(GetPolylineLength(bent, count), length) << count;
     }
 
-    CArray<tagPOINT, tagPOINT> integers;
-    integers.Add({INT_MIN, 0});
-    integers.Add({INT_MAX, 0});
-    EXPECT_EQ(GetPolylineLength(integers), 4294967295.0) << "differences beyond an int";
-
-    Nodes nodes;
-    nodes.Add({{9, 9}, {0, 0}, {50, 50}});
-    nodes.Add({{7, 7}, {3, 4}, {1, 1}});
-    EXPECT_EQ(GetPolylineLength(nodes), 5) << "anchor to anchor";
+    EXPECT_EQ(GetPolylineLength(ArrayOf<tagPOINT>({{INT_MIN, 0}, {INT_MAX, 0}})), 4294967295.0)
+        << "differences beyond an int";
+    EXPECT_EQ(GetPolylineLength(MakeNodes({{{9, 9}, {0, 0}, {50, 50}}, {{7, 7}, {3, 4}, {1, 1}}})), 5)
+        << "anchor to anchor";
 }
 
 TEST(PolylinePoint, LiesAtTheFractionMirroredBeforeTheStartAndExtendedPastTheEnd) {
-    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
+    const Points bent{{0, 0}, {10, 0}, {10, 10}};
     struct Case {
+        Points polyline;
         double t;
         DPOINT point;
         int segment;
     };
-    for (const Case& c : {Case{0, {0, 0}, 0},
-                          {0.25, {5, 0}, 0},
-                          {0.5, {10, 0}, 0},
-                          {0.75, {10, 5}, 1},
-                          {1, {10, 10}, 1},
-                          {1.5, {10, 20}, 1},
-                          {-0.1, {2, 0}, 0},
-                          {-1, {20, 0}, 0}}) {
+    for (const Case& c : {Case{bent, 0, {0, 0}, 0},
+                          {bent, 0.25, {5, 0}, 0},
+                          {bent, 0.5, {10, 0}, 0},
+                          {bent, 0.75, {10, 5}, 1},
+                          {bent, 1, {10, 10}, 1},
+                          {bent, 1.5, {10, 20}, 1},
+                          {bent, -0.1, {2, 0}, 0},
+                          {bent, -1, {20, 0}, 0},
+                          {{}, 0.5, {0, 0}, 0},
+                          {{{3, 4}}, 2, {3, 4}, 0},
+                          {{{3, 4}, {3, 4}}, 0.5, {3, 4}, 0}}) {
         int segment = 777;
-        EXPECT_EQ(GetPolylinePoint(*bent, c.t, &segment), c.point) << c.t;
+        EXPECT_EQ(GetPolylinePoint(Polyline(c.polyline), c.t, &segment), c.point) << c.t;
         EXPECT_EQ(segment, c.segment) << c.t;
+        EXPECT_EQ(GetPolylinePoint(Polyline(c.polyline), c.t, nullptr), c.point) << c.t;
     }
-    EXPECT_EQ(GetPolylinePoint(*bent, 0.75, nullptr), (DPOINT{10, 5}));
-
-    int segment = 777;
-    EXPECT_EQ(GetPolylinePoint(*Polyline({}), 0.5, &segment), (DPOINT{0, 0}));
-    EXPECT_EQ(segment, 0);
-    segment = 777;
-    EXPECT_EQ(GetPolylinePoint(*Polyline({{3, 4}}), 2, &segment), (DPOINT{3, 4}));
-    EXPECT_EQ(segment, 0);
-    EXPECT_EQ(GetPolylinePoint(*Polyline({{3, 4}, {3, 4}}), 0.5, &segment), (DPOINT{3, 4}));
-    GetPolylinePoint(*bent, NOT_A_NUMBER, &segment);
-    EXPECT_EQ(segment, 0);
-    GetPolylinePoint(*Polyline({{NOT_A_NUMBER, 4}, {3, 4}}), 0.5, &segment);
-    EXPECT_EQ(segment, 0);
+    for (const auto& [x, t] : {std::pair{1.0, kNaN}, {kNaN, 0.5}}) {
+        int segment = 777;
+        GetPolylinePoint(Polyline({{x, 4}, {3, 4}}), t, &segment);
+        EXPECT_EQ(segment, 0) << x << ' ' << t;
+    }
 }
 
 TEST(PolylinePoint, AndItsFractionAreInverse) {
@@ -99,38 +83,6 @@ TEST(PolylinePoint, AndItsFractionAreInverse) {
         EXPECT_TRUE(GetPolylineClosestPoint(polyline, p, &found, &closest));
         EXPECT_NEAR(std::hypot(closest.x - p.x, closest.y - p.y), 0, 1e-9);
     }
-}
-
-TEST(ClosestPoint, IsTheNearestFootOrEndAndTheFirstOfEquals) {
-    const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
-    struct Case {
-        DPOINT p, closest;
-        int segment;
-    };
-    for (const Case& c : {Case{{4, 3}, {4, 0}, 0},
-                          {{-3, -4}, {0, 0}, 0},
-                          {{12, 6}, {10, 6}, 1},
-                          {{15, -5}, {10, 0}, 0},
-                          {{7, 3}, {7, 0}, 0},
-                          {{9, 30}, {10, 10}, 1}}) {
-        int segment = 777;
-        DPOINT point{777, 777};
-        EXPECT_TRUE(GetPolylineClosestPoint(*bent, c.p, &segment, &point));
-        EXPECT_EQ(point, c.closest);
-        EXPECT_EQ(segment, c.segment);
-    }
-    EXPECT_TRUE(GetPolylineClosestPoint(*bent, {4, 3}, nullptr, nullptr));
-    for (const auto& none : {Polyline({}), Polyline({{1, 1}}), Polyline({{1e11, 0}, {2e11, 0}}),
-                             Polyline({{NOT_A_NUMBER, 0}, {0, 0}})}) {
-        int segment = 777;
-        DPOINT point{777, 777};
-        EXPECT_TRUE(GetPolylineClosestPoint(*none, {0, NOT_A_NUMBER}, &segment, &point));
-        EXPECT_EQ(segment, 0);
-        EXPECT_EQ(point, (DPOINT{777, 777}));
-    }
-    DPOINT point;
-    GetPolylineClosestPoint(*Polyline({{1e11, 0}, {2e11, 0}}), {0, 0}, nullptr, &point);
-    EXPECT_EQ(point, (DPOINT{0, 0})) << "nothing within reach";
 }
 
 /// Every segment looked at in turn.
@@ -152,7 +104,7 @@ std::pair<int, DPOINT> PlainClosest(const DPoints& polyline, DPOINT p) {
 
 TEST(ClosestPoint, IsThatOfLookingAtEverySegmentBitForBit) {
     std::mt19937 random(8);
-    const double hostile[] = {NOT_A_NUMBER, INFINITY, -INFINITY, 1e10, -1e300, 1e-300, -0.0};
+    const double hostile[] = {kNaN, kInfinity, -kInfinity, 1e10, -1e300, 1e-300, -0.0};
     for (int round = 0; round < 600; ++round) {
         // Few different coordinates give equal distances, small units feet on the range's edge.
         const int values = round % 3 == 0 ? 4 : 1000;
@@ -167,7 +119,8 @@ TEST(ClosestPoint, IsThatOfLookingAtEverySegmentBitForBit) {
         const auto [segment, point] = PlainClosest(polyline, p);
         int found = 777;
         DPOINT closest{777, 777};
-        GetPolylineClosestPoint(polyline, p, &found, &closest);
+        EXPECT_TRUE(GetPolylineClosestPoint(polyline, p, &found, &closest));
+        EXPECT_TRUE(GetPolylineClosestPoint(polyline, p, nullptr, nullptr));
         EXPECT_EQ(found, segment) << round;
         EXPECT_EQ(std::memcmp(&closest, &point, sizeof point), 0) << round;
     }
@@ -175,60 +128,52 @@ TEST(ClosestPoint, IsThatOfLookingAtEverySegmentBitForBit) {
 
 TEST(PolylineT, AddsTheStraightDistanceAndKnowsOnlySegmentsThatAreThere) {
     const auto bent = Polyline({{0, 0}, {10, 0}, {10, 10}});
-    EXPECT_EQ(GetPolylineT(*bent, 0, {5, 0}), 0.25);
-    EXPECT_EQ(GetPolylineT(*bent, 1, {10, 5}), 0.75);
-    EXPECT_EQ(GetPolylineT(*bent, 0, {3, 4}), 0.25) << "not projected";
-    EXPECT_EQ(GetPolylineT(*bent, 2, {0, 0}), 1);
-    for (const int segment : {-1, 3, INT_MAX, INT_MIN}) EXPECT_EQ(GetPolylineT(*bent, segment, {5, 0}), 0);
+    EXPECT_EQ(GetPolylineT(bent, 0, {5, 0}), 0.25);
+    EXPECT_EQ(GetPolylineT(bent, 1, {10, 5}), 0.75);
+    EXPECT_EQ(GetPolylineT(bent, 0, {3, 4}), 0.25) << "not projected";
+    EXPECT_EQ(GetPolylineT(bent, 2, {0, 0}), 1);
+    for (const int segment : {-1, 3, INT_MAX, INT_MIN}) EXPECT_EQ(GetPolylineT(bent, segment, {5, 0}), 0);
     const auto tiny = Polyline({{0, 0}, {0.999, 0}});
-    EXPECT_EQ(GetPolylineT(*tiny, 0, {0.5, 0}), 0);
-    EXPECT_EQ(GetPolylineT(*tiny, 1, {0.5, 0}), 1);
-    EXPECT_EQ(GetPolylineT(*Polyline({{0, 0}, {1, 0}}), 0, {0.5, 0}), 0.5);
+    EXPECT_EQ(GetPolylineT(tiny, 0, {0.5, 0}), 0);
+    EXPECT_EQ(GetPolylineT(tiny, 1, {0.5, 0}), 1);
+    EXPECT_EQ(GetPolylineT(Polyline({{0, 0}, {1, 0}}), 0, {0.5, 0}), 0.5);
 }
 
-TEST(Orientation, IsClockwiseOnAScreenAndForFlatContours) {
-    EXPECT_TRUE(IsClockwise(*Polyline({{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0, 0}})));
-    EXPECT_FALSE(IsClockwise(*Polyline({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}})));
-    EXPECT_FALSE(IsClockwise(*Polyline({{0, 0}, {0, 10}, {10, 10}}))) << "wraps without being closed";
-    EXPECT_TRUE(IsClockwise(*Polyline({})));
-    EXPECT_TRUE(IsClockwise(*Polyline({{5, 5}})));
-    EXPECT_TRUE(IsClockwise(*Polyline({{0, 0}, {5, 5}, {0, 0}})));
-}
-
-TEST(Orientation, ReversesOnlyContoursThatRunTheOtherWay) {
-    const auto square = Polyline({{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}});
-    SetOrientation(*square, false);
-    EXPECT_EQ((*square)[1], (DPOINT{0, 10}));
-    SetOrientation(*square, true);
-    EXPECT_EQ((*square)[1], (DPOINT{10, 0}));
-    EXPECT_EQ((*square)[3], (DPOINT{0, 10}));
-    SetOrientation(*square, true);
-    EXPECT_EQ((*square)[1], (DPOINT{10, 0}));
-
-    const auto flat = Polyline({{0, 0}, {5, 5}, {7, 7}});
-    SetOrientation(*flat, false);
-    EXPECT_EQ((*flat)[0], (DPOINT{7, 7}));
-    SetOrientation(*flat, false);
-    EXPECT_EQ((*flat)[0], (DPOINT{0, 0})) << "a flat contour is reversed at every call";
-    const auto single = Polyline({{5, 5}});
-    SetOrientation(*single, false);
+TEST(Orientation, IsClockwiseOnAScreenAndReversesOnlyContoursThatRunTheOtherWay) {
+    struct Case {
+        const char* what;
+        Points contour;
+        bool isClockwise;
+    };
+    for (const Case& c : {Case{"clockwise on a screen", Box(0, 0, 10, 10), true},
+                          {"the other way", {{0, 0}, {0, 10}, {10, 10}, {10, 0}, {0, 0}}, false},
+                          {"open: wraps without being closed", {{0, 0}, {0, 10}, {10, 10}}, false},
+                          {"nothing", {}, true},
+                          {"a point", {{5, 5}}, true},
+                          {"there and back", {{0, 0}, {5, 5}, {7, 7}}, true}}) {
+        const Points reversed(c.contour.rbegin(), c.contour.rend());
+        DPoints contour = Polyline(c.contour);
+        EXPECT_EQ(IsClockwise(contour), c.isClockwise) << c.what;
+        SetOrientation(contour, c.isClockwise);
+        EXPECT_EQ(ListOf(contour), c.contour) << c.what;
+        SetOrientation(contour, !c.isClockwise);
+        EXPECT_EQ(ListOf(contour), reversed) << c.what;
+        // What has no area is clockwise either way, and so reversed at every call.
+        SetOrientation(contour, !c.isClockwise);
+        EXPECT_EQ(ListOf(contour), IsClockwise(contour) == c.isClockwise ? c.contour : reversed) << c.what;
+    }
 }
 
 TEST(Orientation, OfNodesKeepsTheCurveByExchangingHandles) {
-    Nodes nodes;
-    nodes.Add({{-1, 0}, {0, 0}, {0, 1}});
-    nodes.Add({{0, 9}, {0, 10}, {1, 10}});
-    nodes.Add({{9, 10}, {10, 10}, {10, 9}});
-    nodes[1].flags = 7;
+    Nodes nodes =
+        MakeNodes({{{-1, 0}, {0, 0}, {0, 1}}, {{0, 9}, {0, 10}, {1, 10}, 7}, {{9, 10}, {10, 10}, {10, 9}}});
     EXPECT_FALSE(IsClockwise(nodes));
     SetOrientation(nodes, true);
     EXPECT_TRUE(IsClockwise(nodes));
-    EXPECT_EQ(nodes[0].pt, (DPOINT{10, 10}));
-    EXPECT_EQ(nodes[0].cp2, (DPOINT{9, 10})) << "what came in now goes out";
-    EXPECT_EQ(nodes[1].cp1, (DPOINT{1, 10}));
-    EXPECT_EQ(nodes[1].cp2, (DPOINT{0, 9}));
-    EXPECT_EQ(nodes[1].flags, 7);
-    EXPECT_EQ(nodes[2].cp1, (DPOINT{0, 1}));
+    EXPECT_EQ(ListOf(nodes),
+              (std::vector<BPOINT>{
+                  {{10, 9}, {10, 10}, {9, 10}}, {{1, 10}, {0, 10}, {0, 9}, 7}, {{0, 1}, {0, 0}, {-1, 0}}}))
+        << "what came in now goes out";
 }
 
 std::vector<std::pair<int, int>> Pixels(tagPOINT from, tagPOINT to) {
