@@ -9,13 +9,14 @@
 #include "breakup/faces.h"
 #include "breakup/outline_index.h"
 #include "support/ascii_raster.h"
+#include "support/contours.h"
 #include "support/property.h"
 #include "tarvex/lines.h"
 
 namespace tarvex {
 namespace {
 
-using test::BitPicture;
+using namespace test;
 
 /// The steps that only the class itself may take.
 class OpenBreakUp : public CAutoBreakUp {
@@ -32,16 +33,11 @@ class OpenBreakUp : public CAutoBreakUp {
     ~OpenBreakUp() override = default;
 };
 
-std::unique_ptr<CArray<DPOINT, DPOINT>> Closed(const std::vector<DPOINT>& points) {
-    auto array = std::make_unique<CArray<DPOINT, DPOINT>>();
-    for (const DPOINT& p : points) array->Add(p);
-    if (!points.empty()) array->Add(points.front());
-    return array;
-}
+void AddClosed(CPolyPolyDPoint& outline, const Points& corners) { AddTo(outline, Polyline(Closed(corners))); }
 
 /// A polygon with a point for every unit of its sides.
-std::vector<DPOINT> Dense(const std::vector<DPOINT>& corners, double step = 1) {
-    std::vector<DPOINT> points;
+Points Dense(const Points& corners, double step = 1) {
+    Points points;
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const DPOINT &a = corners[i], &b = corners[(i + 1) % corners.size()];
         const int steps = std::max(1, static_cast<int>(std::hypot(b.x - a.x, b.y - a.y) / step + 0.5));
@@ -62,7 +58,7 @@ struct Comb {
     explicit Comb(int teeth) {
         const int width = 60 * teeth;
         std::vector<std::array<int, 4>> rectangles{{10, 10, width - 10, 30}};
-        std::vector<DPOINT> corners{{10, 10}, {width - 10.0, 10}, {width - 10.0, 30}};
+        Points corners{{10, 10}, {width - 10.0, 10}, {width - 10.0, 30}};
         for (int i = teeth - 1; i >= 0; --i) {
             const int left = 60 * i + 20;
             rectangles.push_back({left, 30, left + 20, 110});
@@ -71,8 +67,8 @@ struct Comb {
                 corners.push_back(p);
         }
         corners.push_back({10, 30});
-        bitmap = test::Bitmap1(Rectangles(width, 120, rectangles));
-        outline.Add(Closed(Dense(corners)));
+        bitmap = Bitmap1(Rectangles(width, 120, rectangles));
+        AddClosed(outline, Dense(corners));
     }
     UniqueBitmap bitmap;
     CPolyPolyDPoint outline;
@@ -107,7 +103,7 @@ struct Result {
 Result RunOn(CAutoBreakUp& breakUp, HBITMAP image, const CPolyPolyDPoint& outline, bool check = true) {
     CPolyPolyDPoint regions;
     CPolyPolyInclination inclinations;
-    regions.Add(Closed({{1, 2}}));  // what was there must not stay
+    AddClosed(regions, {{1, 2}});  // what was there must not stay
     inclinations.Add(std::make_unique<CArray<double, double>>());
     const bool done = breakUp.AutoBreakUp(image, 96, outline, regions, inclinations, check);
     EXPECT_EQ(done, breakUp.End() == BreakUpEnd::Done);
@@ -115,10 +111,9 @@ Result RunOn(CAutoBreakUp& breakUp, HBITMAP image, const CPolyPolyDPoint& outlin
 }
 
 TEST(BreakUp, CutsAPlusIntoThreeColumnsInTheDocumentsPlace) {
-    const UniqueBitmap image =
-        test::Bitmap1(Rectangles(300, 260, {{130, 40, 150, 200}, {60, 110, 220, 130}}));
+    const UniqueBitmap image = Bitmap1(Rectangles(300, 260, {{130, 40, 150, 200}, {60, 110, 220, 130}}));
     CPolyPolyDPoint outline;
-    outline.Add(Closed(Dense({{130, 40},
+    AddClosed(outline, Dense({{130, 40},
                               {150, 40},
                               {150, 110},
                               {220, 110},
@@ -129,7 +124,7 @@ TEST(BreakUp, CutsAPlusIntoThreeColumnsInTheDocumentsPlace) {
                               {130, 130},
                               {60, 130},
                               {60, 110},
-                              {130, 110}})));
+                              {130, 110}}));
     CAutoBreakUp breakUp;
     CPolyPolyInclination inclinations;
     ASSERT_TRUE(breakUp.AutoBreakUp(image.Get(), 96, outline, inclinations, true));
@@ -137,7 +132,7 @@ TEST(BreakUp, CutsAPlusIntoThreeColumnsInTheDocumentsPlace) {
     ASSERT_EQ(inclinations.GetCount(), 6);
     double area = 0;
     for (int r = 0; r < 6; r += 2) {
-        std::vector<DPOINT> around(outline[r].begin(), outline[r].end());
+        Points around(outline[r].begin(), outline[r].end());
         for (int i = outline[r + 1].GetUpperBound(); i >= 0; --i) around.push_back(outline[r + 1][i]);
         area += std::fabs(SignedArea(around));
         ASSERT_EQ(inclinations[r].GetSize(), inclinations[r + 1].GetSize());
@@ -158,12 +153,12 @@ TEST(BreakUp, CutsAPlusIntoThreeColumnsInTheDocumentsPlace) {
 
 TEST(BreakUp, FailsWithEmptyOutputsAndTheReason) {
     const UniqueBitmap black(CImgProc::CreateBitmapBW(100, 100));
-    const UniqueBitmap bar = test::Bitmap1(Rectangles(100, 40, {{10, 10, 90, 30}}));
+    const UniqueBitmap bar = Bitmap1(Rectangles(100, 40, {{10, 10, 90, 30}}));
     CPolyPolyDPoint none, column, square, faraway, strange;
-    column.Add(Closed({{5, 1}, {5.4, 90}, {4.6, 30}}));
-    square.Add(Closed({{10, 10}, {90, 10}, {90, 30}, {10, 30}}));
-    faraway.Add(Closed({{-2e9, 0}, {2e9, 0}, {0, 2e9}}));
-    strange.Add(Closed({{std::nan(""), 0}, {HUGE_VAL, -HUGE_VAL}, {3, 3}}));
+    AddClosed(column, {{5, 1}, {5.4, 90}, {4.6, 30}});
+    AddClosed(square, {{10, 10}, {90, 10}, {90, 30}, {10, 30}});
+    AddClosed(faraway, {{-2e9, 0}, {2e9, 0}, {0, 2e9}});
+    AddClosed(strange, {{std::nan(""), 0}, {HUGE_VAL, -HUGE_VAL}, {3, 3}});
     const struct {
         const char* what;
         HBITMAP image;
@@ -197,8 +192,8 @@ TEST(BreakUp, RefusesComplicatedShapesOnlyWhenAsked) {
     const auto refused = [](int side, double step, bool check) {
         CPolyPolyDPoint outline;
         const double s = side;
-        outline.Add(Closed(Dense({{0, 0}, {s, 0}, {s, s}, {0, s}}, step)));
-        const UniqueBitmap image = test::Bitmap1(Rectangles(side, side, {{0, 0, side, side}}));
+        AddClosed(outline, Dense({{0, 0}, {s, 0}, {s, s}, {0, s}}, step));
+        const UniqueBitmap image = Bitmap1(Rectangles(side, side, {{0, 0, side, side}}));
         CAutoBreakUp breakUp;
         return RunOn(breakUp, image.Get(), outline, check).end == BreakUpEnd::TooComplicated;
     };
@@ -211,9 +206,9 @@ TEST(BreakUp, RefusesComplicatedShapesOnlyWhenAsked) {
 #ifndef _WIN32
 TEST(BreakUp, ObeysEscapeAndTheClockOnlyAfterAPassThatCut) {
     const Comb comb(3);
-    const UniqueBitmap bar = test::Bitmap1(Rectangles(100, 40, {{10, 10, 90, 30}}));
+    const UniqueBitmap bar = Bitmap1(Rectangles(100, 40, {{10, 10, 90, 30}}));
     CPolyPolyDPoint barOutline;
-    barOutline.Add(Closed(Dense({{10, 10}, {90, 10}, {90, 30}, {10, 30}})));
+    AddClosed(barOutline, Dense({{10, 10}, {90, 10}, {90, 30}, {10, 30}}));
     const auto end = [](HBITMAP image, const CPolyPolyDPoint& outline) {
         CAutoBreakUp breakUp;
         return RunOn(breakUp, image, outline).end;
@@ -257,9 +252,9 @@ TEST(BreakUp, RefusesFiveHundredLines) {
     std::vector<std::array<int, 4>> bars;
     for (int i = 0; i < 510; ++i)
         bars.push_back({12 * (i % 30), 20 * (i / 30), 12 * (i % 30) + 5, 20 * (i / 30) + 18});
-    const UniqueBitmap image = test::Bitmap1(Rectangles(360, 360, bars));
+    const UniqueBitmap image = Bitmap1(Rectangles(360, 360, bars));
     CPolyPolyDPoint outline;
-    outline.Add(Closed({{0, 0}, {360, 0}, {360, 360}, {0, 360}}));
+    AddClosed(outline, {{0, 0}, {360, 0}, {360, 360}, {0, 360}});
     CAutoBreakUp breakUp;
     EXPECT_EQ(RunOn(breakUp, image.Get(), outline).end, BreakUpEnd::TooManyLines);
 }
@@ -305,18 +300,18 @@ TEST(BreakUp, JoinsLinesOnlyAcrossTheShapesPixels) {
 }
 
 TEST(BreakUp, FindsTheFirstOfTheNearestOutlinePoints) {
-    test::ExpectLaw(
+    ExpectLaw(
         [] {
             CPolyPolyDPoint outline;
             const int span = *rc::gen::element(3, 60, 900);
-            std::vector<DPOINT> all;
+            Points all;
             for (int i = *rc::gen::inRange(1, 4); i > 0; --i) {
                 const auto points = *rc::gen::container<std::vector<std::pair<int, int>>>(
                     rc::gen::pair(rc::gen::inRange(0, 2 * span), rc::gen::inRange(-span, span)));
-                auto polyline = std::make_unique<CArray<DPOINT, DPOINT>>();
-                for (const auto& [x, y] : points) polyline->Add({x / 2.0, y / 2.0});
-                all.insert(all.end(), polyline->begin(), polyline->end());
-                outline.Add(std::move(polyline));
+                DPoints polyline;
+                for (const auto& [x, y] : points) polyline.Add({x / 2.0, y / 2.0});
+                all.insert(all.end(), polyline.begin(), polyline.end());
+                AddTo(outline, std::move(polyline));
             }
             const OpenBreakUp::OutlineIndex index(outline);
             for (int tries = 0; tries < 8; ++tries) {
@@ -344,13 +339,13 @@ TEST(BreakUp, FindsTheFirstOfTheNearestOutlinePoints) {
 
 // Whatever the cuts do, cross, share ends or lie on each other, the pieces' areas add up.
 TEST(BreakUp, CutsDivideAreaWithoutLossOrGain) {
-    test::ExpectLaw(
+    ExpectLaw(
         [] {
             CPolyPolyDPoint outline;
-            const std::vector<DPOINT> outer = Dense({{0, 0}, {80, 0}, {80, 60}, {0, 60}}, 5);
-            const std::vector<DPOINT> hole = Dense({{10, 10}, {30, 10}, {30, 40}, {10, 40}}, 5);
-            outline.Add(Closed(outer));
-            outline.Add(Closed(hole));
+            const Points outer = Dense({{0, 0}, {80, 0}, {80, 60}, {0, 60}}, 5);
+            const Points hole = Dense({{10, 10}, {30, 10}, {30, 40}, {10, 40}}, 5);
+            AddClosed(outline, outer);
+            AddClosed(outline, hole);
             std::vector<CUTLINE> cuts;
             for (int i = *rc::gen::inRange(0, 7); i > 0; --i) {
                 const auto end = [&outer] {

@@ -12,7 +12,7 @@
 
 namespace tarvex::test {
 
-inline double AreaOf(const std::vector<DPOINT>& polygon) {
+inline double AreaOf(const Points& polygon) {
     double twice = 0;
     for (std::size_t i = 0; i < polygon.size(); ++i) {
         const DPOINT& a = polygon[i];
@@ -23,7 +23,7 @@ inline double AreaOf(const std::vector<DPOINT>& polygon) {
 }
 
 /// One rail there, the other one back: a region's boundary, a ring's with a seam.
-inline std::vector<DPOINT> BoundaryOf(const StitchRegion& region) {
+inline Points BoundaryOf(const StitchRegion& region) {
     return Joined(region.first, {region.second.rbegin(), region.second.rend()});
 }
 
@@ -34,7 +34,7 @@ struct Coverage {
 };
 
 inline Coverage MeasureCoverage(const IslandBreakUp& island) {
-    const auto contains = [](const std::vector<DPOINT>& polygon) { return Polygon(polygon); };
+    const auto contains = [](const Points& polygon) { return Polygon(polygon); };
     std::vector<Inside> contours, regions;
     double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
     for (const auto& contour : island.contours) {
@@ -73,7 +73,7 @@ struct InclinationMeasures {
 inline double Degrees(double radians) { return radians * 180 / std::numbers::pi; }
 
 /// The direction of a rail around a point, over a few units to each side.
-inline DPOINT DirectionAt(const std::vector<DPOINT>& rail, int index) {
+inline DPOINT DirectionAt(const Points& rail, int index) {
     constexpr double reach = 2;
     const auto away = [&](int i) {
         const DPOINT &p = rail[static_cast<std::size_t>(i)], &q = rail[static_cast<std::size_t>(index)];

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/contours.h"
 #include "support/grey_picture.h"
 #include "tarvex/containers.h"
 #include "tarvex/contours.h"
@@ -21,17 +22,10 @@ namespace tarvex::test {
 /// Whether a point belongs to a shape.
 using Inside = std::function<bool(double, double)>;
 
-inline double DistanceFromSegment(double x, double y, DPOINT a, DPOINT b) {
-    const double dx = b.x - a.x, dy = b.y - a.y;
-    const double square = dx * dx + dy * dy;
-    const double t = square > 0 ? std::clamp(((x - a.x) * dx + (y - a.y) * dy) / square, 0.0, 1.0) : 0.0;
-    return std::hypot(x - a.x - t * dx, y - a.y - t * dy);
-}
-
 enum class Caps { Round, Square };
 
 /// A stroke along a polyline. Square caps end it at its ends; its bends are round.
-inline Inside Stroke(std::vector<DPOINT> line, double width, Caps caps) {
+inline Inside Stroke(Points line, double width, Caps caps) {
     return [=](double x, double y) {
         const auto isBehind = [&](DPOINT end, DPOINT other) {
             return std::hypot(x - end.x, y - end.y) < width &&
@@ -41,13 +35,13 @@ inline Inside Stroke(std::vector<DPOINT> line, double width, Caps caps) {
             (isBehind(line[0], line[1]) || isBehind(line.back(), line[line.size() - 2])))
             return false;
         for (std::size_t i = 1; i < line.size(); ++i) {
-            if (DistanceFromSegment(x, y, line[i - 1], line[i]) <= width / 2) return true;
+            if (DistanceFromSegment({x, y}, line[i - 1], line[i]) <= width / 2) return true;
         }
         return false;
     };
 }
 
-inline Inside Polygon(std::vector<DPOINT> points) {
+inline Inside Polygon(Points points) {
     return [=](double x, double y) {
         bool inside = false;
         for (std::size_t i = 0, k = points.size() - 1; i < points.size(); k = i++) {
@@ -72,8 +66,8 @@ inline Inside operator-(const Inside& a, const Inside& b) {
 }
 
 /// Points on an arc, angles in degrees, clockwise on a screen.
-inline std::vector<DPOINT> Arc(DPOINT centre, double rx, double ry, double from, double to) {
-    std::vector<DPOINT> points;
+inline Points Arc(DPOINT centre, double rx, double ry, double from, double to) {
+    Points points;
     const int steps = 32;
     for (int i = 0; i <= steps; ++i) {
         const double angle = (from + (to - from) * i / steps) * std::numbers::pi / 180;
@@ -82,7 +76,7 @@ inline std::vector<DPOINT> Arc(DPOINT centre, double rx, double ry, double from,
     return points;
 }
 
-inline std::vector<DPOINT> Joined(std::vector<DPOINT> a, const std::vector<DPOINT>& b) {
+inline Points Joined(Points a, const Points& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
@@ -101,19 +95,7 @@ inline void PrintTo(const NamedShape& shape, std::ostream* os) { *os << shape.na
 
 /// The shape's outlines, in its own coordinates.
 inline void TraceShape(const NamedShape& shape, CPolyPolyBezier& outlines) {
-    constexpr int samples = 4;
-    GreyPicture picture(shape.size, shape.size);
-    for (int y = 0; y < shape.size; ++y) {
-        for (int x = 0; x < shape.size; ++x) {
-            int covered = 0;
-            for (int k = 0; k < samples * samples; ++k) {
-                const int column = k % samples, row = k / samples;
-                covered += shape.inside(x + (column + 0.5) / samples, y + (row + 0.5) / samples);
-            }
-            picture.At(x, y) = static_cast<std::uint8_t>(255 - covered * 255 / (samples * samples));
-        }
-    }
-    TraceOutlines(picture.View(), {}, outlines);
+    TraceOutlines(Render(shape.size, shape.size, shape.inside, 4).View(), {}, outlines);
 }
 
 inline std::vector<NamedShape> FixedShapes() {
@@ -177,7 +159,7 @@ inline std::vector<NamedShape> FixedShapes() {
          Polygon(Joined({{66, 30}, {88, 30}}, Joined(Arc({88, 100}, 55, 70, -90, 90), {{66, 170}})))) |
             Polygon({{25, 20}, {60, 20}, {60, 28}, {25, 28}}) |
             Polygon({{25, 172}, {60, 172}, {60, 180}, {25, 180}}));
-    std::vector<DPOINT> star;
+    Points star;
     for (int i = 0; i < 10; ++i) {
         const double angle = i * std::numbers::pi / 5 - std::numbers::pi / 2;
         const double radius = i % 2 == 0 ? 92 : 36;

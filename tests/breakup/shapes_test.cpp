@@ -93,19 +93,17 @@ TEST(BreakUpShape, SurvivesAnyContours) {
             CPolyPolyBezier outlines;
             const int contours = *rc::gen::inRange(1, 4);
             for (int c = 0; c < contours; ++c) {
-                auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
+                test::Nodes contour;
                 const auto coordinate = [] {
                     return *rc::gen::weightedOneOf<double>(
                         {{30, rc::gen::map(rc::gen::inRange(0, 300), [](int v) { return v / 2.0; })},
                          {1, rc::gen::element(1e300, -1e12, std::nan(""), HUGE_VAL, 1e-320)}});
                 };
                 for (int i = *rc::gen::inRange(0, 7); i > 0; --i) {
-                    BPOINT node;
-                    node.pt = {coordinate(), coordinate()};
-                    node.cp1 = node.cp2 = node.pt;
-                    contour->Add(node);
+                    const double x = coordinate();
+                    contour.Add(test::Corner(x, coordinate()));
                 }
-                outlines.Add(std::move(contour));
+                test::AddTo(outlines, std::move(contour));
             }
             for (const IslandBreakUp& island : BreakUpShape(outlines, {})) {
                 RC_ASSERT((island.end == BreakUpEnd::Done) == !island.regions.empty());

@@ -3,20 +3,16 @@
 
 #include "platform/handles.h"
 #include "support/ascii_raster.h"
+#include "support/contours.h"
 #include "support/handle_count.h"
 #include "tarvex/tarvex.h"
 
 namespace tarvex::test {
 namespace {
 
-CPolyPolyBezier Square(double left, double top, double side) {
+CPolyPolyBezier Square(double from, double to) {
     CPolyPolyBezier square;
-    auto contour = std::make_unique<CArray<BPOINT, BPOINT>>();
-    for (const DPOINT& corner : {DPOINT{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}}) {
-        const DPOINT p = {left + corner.x * side, top + corner.y * side};
-        contour->Add({p, p, p, 0});
-    }
-    square.Add(std::move(contour));
+    AddTo(square, Corners(Box(from, from, to, to)));
     return square;
 }
 
@@ -48,17 +44,15 @@ void TraceAll(HBITMAP mono, HBITMAP colour) {
 
 void ShapeAll() {
     for (const int op : {SHAPING_DIFFERENCE, SHAPING_INTERSECTION, SHAPING_UNION}) {
-        CPolyPolyBezier a = Square(0, 0, 40);
-        CPolyPolyBezier b = Square(15, 15, 40);
+        CPolyPolyBezier a = Square(0, 40);
+        CPolyPolyBezier b = Square(15, 55);
         EXPECT_TRUE(PolyPolyBezierBmpShaping(op, a, b, ALTERNATE, WINDING));
     }
 }
 
 void BreakUp(HBITMAP image) {
     CPolyPolyDPoint outline;
-    auto square = std::make_unique<CArray<DPOINT, DPOINT>>();
-    for (const DPOINT& p : {DPOINT{4, 4}, {20, 4}, {20, 20}, {4, 20}, {4, 4}}) square->Add(p);
-    outline.Add(std::move(square));
+    AddTo(outline, Polyline(Box(4, 4, 20, 20)));
     CPolyPolyInclination inclinations;
     CAutoBreakUp breakUp;
     breakUp.AutoBreakUp(image, 96, outline, inclinations, true);
