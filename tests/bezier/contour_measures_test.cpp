@@ -69,6 +69,7 @@ TEST(ContourMeasures, MeasureCuspsAndLinesThatTurnBack) {
     for (double s : {0.5, 1.0, 1.5, 2.0, 2.5}) EXPECT_NEAR(math.GetLengthAt(math.GetPlace(s)), s, 1e-9);
     EXPECT_NEAR(math.GetPoint(1.5).x, 0.5, 1e-9) << "on the way back";
     EXPECT_NEAR(math.GetTangent(1.5).x, -1, 1e-12);
+    EXPECT_EQ(CBPointArrayMath(cusp).GetTangent(BPOINTPLACE{0, 0.5}), (DPOINT{0, -1})) << "out of the cusp";
 }
 
 TEST(ContourMeasures, FindPlacesByLengthAndBack) {
@@ -152,6 +153,12 @@ TEST(ContourMeasures, SpacePointsEvenly) {
 TEST(ContourMeasures, OfNothingAndOfNumbersThatAreNone) {
     EXPECT_EQ(CBPointArrayMath({}).GetLength(), 0);
     EXPECT_EQ(CBPointArrayMath({}).GetPlace(1).segment, -1);
+    const CBPointArrayMath circle(Circle());
+    for (const BPOINTPLACE& nowhere : {BPOINTPLACE{-1, 0.5}, {4, 0.5}, {0, kNaN}}) {
+        EXPECT_TRUE(std::isnan(circle.GetLengthAt(nowhere))) << nowhere.segment;
+        EXPECT_TRUE(SameBits(circle.GetPoint(nowhere), DPOINT{0, 0})) << nowhere.segment;
+        EXPECT_TRUE(SameBits(circle.GetTangent(nowhere), DPOINT{0, 0})) << nowhere.segment;
+    }
     const Nodes lost = MakeNodes({{{0, 0}, {0, 0}, {kNaN, 0}}, Corner(1, 1)});
     EXPECT_TRUE(std::isnan(GetBezierLength(lost)));
     EXPECT_EQ(CBPointArrayMath(lost).GetPlace(1).segment, -1);

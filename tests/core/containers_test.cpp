@@ -315,6 +315,15 @@ TEST(PolyPolyBezier, FrameIsTheBoxOfTheFlattenedContours) {
     });
 }
 
+TEST(PolyPolyBezier, FrameFollowsTheCurveNotItsHandles) {
+    CPolyPolyBezier shape;
+    AddTo(shape, MakeNodes({{{0, 0}, {0, 0}, {0, 100}}, {{100, 100}, {100, 0}, {100, 0}}}));
+    DRECT frame;
+    shape.CalcFrame(frame, 0.01);
+    EXPECT_EQ((DRECT{frame.left, frame.right, frame.top, 0}), (DRECT{0, 100, 0, 0}));
+    EXPECT_NEAR(frame.bottom, 75, 0.01) << "the curve's highest point";
+}
+
 TEST(PolyPolyBezier, FrameOfAShapeWithoutSegmentsIsTheCallers) {
     CPolyPolyBezier shape;
     DRECT frame{1, 2, 3, 4};
