@@ -5,7 +5,6 @@
 #
 #   scripts/windows.sh x64          into build/windows-x64/prefix
 #   scripts/windows.sh x86
-#   scripts/windows.sh x86 host     the same without the tests: only the host example runs
 #
 # Debian's 32-bit Wine is of another architecture than the machine. It is unpacked into build/wine32 instead
 # of being installed, so no package of the machine's changes. Where it cannot be had or does not run, the
@@ -24,11 +23,7 @@ case $target in
     x86) tool=i686-w64-mingw32 ;;
     *) usage ;;
 esac
-case ${2-} in
-    '') tests=ON ;;
-    host) tests=OFF ;;
-    *) usage ;;
-esac
+if [ $# -gt 1 ]; then usage; fi
 
 wine32=$root/build/wine32
 
@@ -87,7 +82,7 @@ trap stop_wine EXIT
 
 emulator=
 if [ -n "$server" ] && "$runner" cmd /c exit >/dev/null 2>&1; then emulator=$runner; fi
-build "$preset" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" -DTARVEX_BUILD_TESTS="$tests"
+build "$preset" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator"
 cmake --install "$tree" --prefix "$tree/prefix" >/dev/null
 printf 'Tarvex.dll for %s: %s bytes\n' "$target" "$(stat --format=%s "$tree/prefix/bin/Tarvex.dll")"
 (cd "$tree" && cmake -DLIBRARY="$tree/prefix/bin/Tarvex.dll" -DOBJDUMP="$tool-objdump" -P "$root/cmake/exports.cmake")
@@ -95,10 +90,6 @@ printf 'Tarvex.dll for %s: %s bytes\n' "$target" "$(stat --format=%s "$tree/pref
 if [ -z "$emulator" ]; then
     say "Wine for $target cannot be had here or does not run: nothing that was built for it was run"
     if [ "$target" = x64 ]; then exit 1; fi
-elif [ "$tests" = ON ]; then
-    ctest --test-dir "$tree" --parallel "$(nproc)" --output-on-failure --no-tests=error
 else
-    cmake "-DHOST=$emulator;$tree/examples/host/host.exe" -DEXTENSION="$tree/examples/host/host_families.dll" \
-        -DEXPECTED="$root/examples/host/figures.txt" -P "$root/examples/host/compare.cmake"
-    echo "the host example's figures for $target are those of the other systems"
+    ctest --test-dir "$tree" --parallel "$(nproc)" --output-on-failure --no-tests=error
 fi
