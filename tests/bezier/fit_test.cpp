@@ -302,18 +302,23 @@ Points PointsOf(const Chain& chain) {
 TEST(FitCurve, MatchesThePlainFitBitForBit) {
     CurveSource source(21);
     static constexpr double kErrors[] = {5, 1, 4, 0.3, 30, 0, -1, kNaN, kInfinity, 1e-20};
+    int compared = 0;
     for (int i = 0; i < 1500; ++i) {
         const Points run = AnyRun(source);
         const double error = kErrors[static_cast<std::size_t>(i) % std::size(kErrors)];
         PlainFit<LibraryArithmetic> plain(run, error);
         const Chain expected = plain.Fit();
-        EXPECT_TRUE(plain.Overflowed() || SameChains(Fitted(run, error), expected))
+        if (plain.Overflowed()) continue;
+        ++compared;
+        EXPECT_TRUE(SameChains(Fitted(run, error), expected))
             << "case " << i << ", " << run.size() << " points, error " << error;
     }
+    EXPECT_GT(compared, 1400);
 }
 
 TEST(FitCurve, GivenTangentsAreTheOnesUsed) {
     CurveSource source(23);
+    int compared = 0;
     for (int i = 0; i < 200; ++i) {
         const Points run = AnyRun(source);
         const DPOINT t1 = i % 7 == 0 ? DPOINT{} : Unit(source.Point(1));
@@ -323,8 +328,11 @@ TEST(FitCurve, GivenTangentsAreTheOnesUsed) {
         chain.erase(chain.begin());
         PlainFit<LibraryArithmetic> plain(run, 3);
         const Chain expected = plain.Fit(t1, t2);
-        EXPECT_TRUE(plain.Overflowed() || SameChains(chain, expected)) << "case " << i;
+        if (plain.Overflowed()) continue;
+        ++compared;
+        EXPECT_TRUE(SameChains(chain, expected)) << "case " << i;
     }
+    EXPECT_GT(compared, 180);
 }
 
 TEST(FitCurve, MatchesThePublishedFormulasWithinRounding) {
