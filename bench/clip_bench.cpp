@@ -289,7 +289,7 @@ void DenseSizes(benchmark::internal::Benchmark* bench) {
 BENCHMARK(RoughDisc)->Apply(Decades);
 BENCHMARK(Loop)->Apply(Decades);
 BENCHMARK(CrossingPolygon)->Apply(Decades);
-BENCHMARK(Grid)->Apply(Decades);
+BENCHMARK(Grid)->Apply(Decades)->Arg(40000);
 BENCHMARK(DenseRandom)->Apply(DenseSizes)->Arg(10000);
 BENCHMARK(SeparateRing)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(NestedRing)->Arg(1000)->Unit(benchmark::kMillisecond);
@@ -303,7 +303,7 @@ void PeerGrid(benchmark::State& state) { PeersUnion(state, Grids(Size(state) / 4
 BENCHMARK(PeerRoughDisc)->Apply(Decades);
 BENCHMARK(PeerLoop)->Apply(Decades);
 BENCHMARK(PeerCrossingPolygon)->Apply(Decades);
-BENCHMARK(PeerGrid)->Apply(Decades);
+BENCHMARK(PeerGrid)->Apply(Decades)->Arg(40000);
 BENCHMARK(PeerDenseRandom)->Apply(DenseSizes);
 #endif
 

@@ -47,7 +47,8 @@ TARVEX_API void AddClipContour(ClipPolygon& polygon, const ClipContour& contour,
 ///
 /// The result:
 /// - Its region is exact but for the rounding of crossing points: a vertex of the result is a vertex of
-///   the operands, bit for bit, or a point where their edges cross, rounded to doubles. Where rounding
+///   the operands, bit for bit, or a point where their edges cross, rounded to doubles. (Of vertices that
+///   differ only in the signs of zeros, the result has the one with positive zeros.) Where rounding
 ///   moves an edge to the other side of a vertex, the edge is led through that vertex.
 /// - Its contours are simple polygons of three or more vertices; no two of them cross or overlap along
 ///   an edge, exactly, in the coordinates returned, and no contour meets a vertex twice.
