@@ -265,7 +265,7 @@ TEST(Skeleton, MovesByAPixelAtMostWhenThePictureIsTurnedOrMirrored) {
             EXPECT_LE(FarthestFrom(other, lines), 1.5) << i << " turned by " << how;
         }
     }
-    EXPECT_LE(lopsided, 3) << "of 60: one of two equal branches that are just long enough may be cut";
+    EXPECT_LE(lopsided, 1) << "of 60: one of two equal branches that are just long enough may be cut";
 }
 
 TEST(Skeleton, OfSimpleShapesIsWhatOneWouldDraw) {

@@ -14,9 +14,13 @@
 // is blunt, and along a straight edge of stairs they differ by a few pixels, which is a small angle from
 // afar. So one angle tells what is a stroke at every width, where a length would have to grow with it. Of the
 // two pixels the one nearer to the line between their ground pixels' middles is on the axis.
+//
+// Often several ground pixels are equally near, and which of them the envelope meets first depends on how the
+// picture lies. So it tells the extreme ones of them, and what is on the axis must be so by each choice.
 #include "raster/skeleton/distance_map.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <vector>
@@ -60,6 +64,16 @@ void ForEachRun(const std::uint64_t* row, int words, Visit visit) {
 struct Offset {
     std::int32_t x;
     std::int32_t y;
+};
+
+/// Ground pixels that are equally near: of those in the leftmost such column and of those in the rightmost
+/// one the upper and the lower one. Where there is one nearest pixel it is the first choice, and the others
+/// are not set.
+struct Nearest {
+    static constexpr std::size_t kChoices = 4;
+
+    std::array<Offset, kChoices> choices;
+    bool isOne;
 };
 
 /// Distances to the ground below, for the shape's pixels, at most 65535. More is never the nearest ground in
@@ -115,7 +129,7 @@ class RowEnvelope {
 
     /// `up` and `down` are the steps to the ground above and below, of the whole row.
     void Measure(int first, int last, const std::uint16_t* up, const std::uint16_t* down, std::uint32_t* out,
-                 Offset* offsets) {
+                 Nearest* nearest) {
         std::size_t top = 0;
         m_site[0] = first - 1;
         m_from[0] = first;
@@ -125,16 +139,39 @@ class RowEnvelope {
             Add(x, steps * steps, first, last, top);
         }
         for (int x = last; x >= first; --x) {
-            const int site = m_site[top];
-            const std::int64_t dx = site - x;
-            out[x] = static_cast<std::uint32_t>(dx * dx + m_square[top]);
-            const bool inside = site >= first && site <= last;
-            offsets[x] = {site - x, !inside ? 0 : up[site] <= down[site] ? -up[site] : down[site]};
-            if (x == m_from[top] && top > 0) --top;
+            const int right = m_site[top];
+            out[x] = static_cast<std::uint32_t>(ValueAt(x, top));
+            while (top > 0 && m_from[top] == x && ValueAt(x, top - 1) == out[x]) --top;
+            const int left = m_site[top];
+            const auto isInside = [&](int site) { return site >= first && site <= last; };
+            const auto isTie = [&](int site) { return isInside(site) && up[site] == down[site]; };
+            const auto upper = [&](int site) {
+                return Offset{site - x, !isInside(site)          ? 0
+                                        : up[site] <= down[site] ? -up[site]
+                                                                 : down[site]};
+            };
+            Nearest& here = nearest[x];
+            here.choices[0] = upper(left);
+            here.isOne = left == right && !isTie(left);
+            if (!here.isOne) {
+                const auto lower = [&](int site) {
+                    const Offset o = upper(site);
+                    return isTie(site) ? Offset{o.x, -o.y} : o;
+                };
+                here.choices[1] = lower(left);
+                here.choices[2] = upper(right);
+                here.choices[3] = lower(right);
+            }
+            while (top > 0 && m_from[top] == x) --top;
         }
     }
 
   private:
+    std::int64_t ValueAt(int x, std::size_t i) const {
+        const std::int64_t dx = m_site[i] - x;
+        return dx * dx + m_square[i];
+    }
+
     void Add(int x, std::int64_t square, int first, int last, std::size_t& top) {
         const auto at = [](std::int64_t from, std::int64_t site, std::int64_t siteSquare) {
             return (from - site) * (from - site) + siteSquare;
@@ -152,7 +189,7 @@ class RowEnvelope {
         // Quotients of such integers round to the right side of every whole number.
         const std::int64_t apart = std::int64_t{x} - m_site[top];
         const std::int64_t rise = apart * (std::int64_t{x} + m_site[top]) + square - m_square[top];
-        const double from = 1 + std::floor(static_cast<double>(rise) / static_cast<double>(2 * apart));
+        const double from = std::ceil(static_cast<double>(rise) / static_cast<double>(2 * apart));
         if (from > last) return;
         ++top;
         m_site[top] = x;
@@ -161,7 +198,7 @@ class RowEnvelope {
     }
 
     std::vector<int> m_site;  // columns of the parabolas in the envelope
-    std::vector<int> m_from;  // where each one becomes the lowest
+    std::vector<int> m_from;  // where each one becomes the lowest, or as low as the one before
     std::vector<std::int64_t> m_square;
 };
 
@@ -183,6 +220,47 @@ std::int64_t Preference(Offset own, Offset others) {
     const auto square = [](Offset o) { return std::int64_t{o.x} * o.x + std::int64_t{o.y} * o.y; };
     return square(others) - square(own);
 }
+
+/// Marks pixels that the axis passes beside. Where the nearest ground is not one pixel, whichever happens to
+/// be chosen decides, and a mirrored shape has another one chosen; so only that counts which holds for every
+/// choice, the same throughout the shape.
+class AxisMarks {
+  public:
+    AxisMarks(const BitPlane& shape, BitPlane& middle)
+        : m_middle(middle), m_doubtful(Nearest::kChoices, BitPlane(shape.Width(), shape.Height())) {}
+
+    void Mark(Position a, Position b, const Nearest& ofA, const Nearest& ofB, Offset step) {
+        if (ofA.isOne && ofB.isOne) {
+            Mark(a, b, ofA.choices[0], ofB.choices[0], step, m_middle);
+            return;
+        }
+        for (std::size_t i = 0; i < Nearest::kChoices; ++i) {
+            Mark(a, b, ofA.choices[ofA.isOne ? 0 : i], ofB.choices[ofB.isOne ? 0 : i], step, m_doubtful[i]);
+        }
+    }
+
+    /// Decides the doubtful ones.
+    void Settle() {
+        for (int y = 0; y < m_middle.Height(); ++y) {
+            for (int i = 0; i < m_middle.Words(); ++i) {
+                std::uint64_t agreed = ~std::uint64_t{0};
+                for (const BitPlane& plane : m_doubtful) agreed &= plane.Row(y)[i];
+                m_middle.Row(y)[i] |= agreed;
+            }
+        }
+    }
+
+  private:
+    static void Mark(Position a, Position b, Offset ofA, Offset ofB, Offset step, BitPlane& plane) {
+        if (!Separate(ofA, ofB, step)) return;
+        const std::int64_t forA = Preference(ofA, {ofB.x - step.x, ofB.y - step.y});
+        const std::int64_t forB = Preference(ofB, {ofA.x + step.x, ofA.y + step.y});
+        plane.Set(forA < forB ? a : b);
+    }
+
+    BitPlane& m_middle;
+    std::vector<BitPlane> m_doubtful;  // by each choice
+};
 
 /// Takes pixels off the middle beside which the shape widens as fast as it does beside an edge: at distances
 /// of a pixel or two a stair of an edge looks like the end of a thin line.
@@ -236,36 +314,32 @@ void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middl
     const GroundBelow below(shape);
     const std::size_t width = static_cast<std::size_t>(shape.Words()) * 64;
     std::vector<std::uint16_t> above(width);
-    std::vector<Offset> offsets(width);
-    std::vector<Offset> formerOffsets(width);
+    std::vector<Nearest> nearest(width);
+    std::vector<Nearest> nearestAbove(width);
     RowEnvelope envelope(width);
-    const auto mark = [&middle](Position a, Position b, Offset ofA, Offset ofB, Offset step) {
-        if (!Separate(ofA, ofB, step)) return;
-        const Offset ofBFromA{ofB.x - step.x, ofB.y - step.y};
-        const Offset ofAFromB{ofA.x + step.x, ofA.y + step.y};
-        middle.Set(Preference(ofA, ofBFromA) < Preference(ofB, ofAFromB) ? a : b);
-    };
+    AxisMarks marks(shape, middle);
     for (int y = 0; y < shape.Height(); ++y) {
         GroundBelow::StepRow(shape.Row(y), shape.Words(), above.data());
         std::uint32_t* squares = distances.From(shape.At(0, y));
         ForEachRun(shape.Row(y), shape.Words(), [&](int first, int last) {
-            envelope.Measure(first, last, above.data(), below.Row(y), squares, offsets.data());
+            envelope.Measure(first, last, above.data(), below.Row(y), squares, nearest.data());
             const Position row = shape.At(0, y);
             const Position rowAbove = row - shape.Down();
             for (int x = first; x <= last; ++x) {
                 const auto i = static_cast<std::size_t>(x);
                 const Position p = row + static_cast<Position>(x);
-                if (x > first) mark(p, p - 1, offsets[i], offsets[i - 1], {1, 0});
+                if (x > first) marks.Mark(p, p - 1, nearest[i], nearest[i - 1], {1, 0});
                 const bool isBelowShape = above[i] > 1;
                 if (isBelowShape)
-                    mark(p, rowAbove + static_cast<Position>(x), offsets[i], formerOffsets[i], {0, 1});
+                    marks.Mark(p, rowAbove + static_cast<Position>(x), nearest[i], nearestAbove[i], {0, 1});
                 if (squares[x] != 1) continue;
                 const bool isUnderShape = below.Row(y)[i] > 1;
                 if ((!isBelowShape && !isUnderShape) || first == last) middle.Set(p);
             }
         });
-        offsets.swap(formerOffsets);
+        nearest.swap(nearestAbove);
     }
+    marks.Settle();
     SlopeFilter(shape, distances).Apply(middle);
 }
 
