@@ -98,13 +98,12 @@ class TARVEX_API CEdgeDetect {
     /// Empties `out` and fills it with the edges' curves, one contour for each
     /// branch between ends and junctions, by thinning the bitmap and fitting its
     /// lines (coordinates and joints are as CSkeleton::Output says).
-    /// Curves run between pixels, up to 1.5 from the thinned bitmap: where the picture, smoothed by a Gaussian of
-    /// the sigma given (1 to 3 pixels), is steepest. Without noise that is
-    /// within a fifth of a pixel of a smooth border that bends gently. Where a
-    /// border is stairs, as in pictures of two levels, or noise scatters the
-    /// points, curves follow them less closely, to about half a pixel,
-    /// and have few nodes still. Takes up to 8 bytes for every pixel near an edge.
-    /// False, with `out` empty, when there is no bitmap or no memory.
+    /// Curves run between pixels, up to 1.5 from the thinned bitmap: where the picture, smoothed by a
+    /// Gaussian of the sigma given (1 to 3 pixels), is steepest. Without noise that is within a fifth of a
+    /// pixel of a smooth border that bends gently. Where a border is stairs, as in pictures of two levels, or
+    /// noise scatters the points, curves follow them less closely, to about half a pixel, and have few nodes
+    /// still. Takes up to 8 bytes for every pixel near an edge. False, with `out` empty, when there is no
+    /// bitmap or no memory.
     bool Output(CPolyPolyBezier& out) const;
 
   private:
