@@ -89,7 +89,7 @@ class PlainReduction {
 
     /// The palette; afterwards Result() is the reduced picture.
     std::vector<Color> Reduce(int wanted, int level) {
-        const std::vector<Color> palette = Palette(wanted, level);
+        std::vector<Color> palette = Palette(wanted, level);
         if (!palette.empty()) Replace(palette);
         return palette;
     }
