@@ -1,5 +1,6 @@
 // Moving any contours sideways by any distance: what comes out is finite and closed where the contour was, no
 // farther off than corners may reach, and keeps away from the contour; regions that grow grow.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -33,9 +34,11 @@ void TakePolyline(Input& input, int kind, Polyline& points) {
 
 /// How far a corner can stick out, with room for rounding.
 double Reach(const OffsetOptions& options, double distance) {
-    const double limit = std::isnan(options.mitreLimit) ? 100 : std::clamp(options.mitreLimit, 1.0, 100.0);
+    const double least = options.corner == OffsetCorner::bevel ? std::sqrt(2.0) : 1.0;  // the ends of a bevel
+    const double limit = std::isnan(options.mitreLimit) ? 100 : std::clamp(options.mitreLimit, least, 100.0);
     const double slack = std::isnan(options.tolerance) ? 1 : std::fabs(options.tolerance);
-    return std::fabs(distance) * limit + slack + 1e-6 * (1 + std::fabs(distance));
+    const double moved = std::isnan(distance) ? 0 : std::fabs(distance);  // no number moves nothing
+    return moved * limit + slack + 1e-6 * (1 + moved);
 }
 
 double DistanceToSide(const DPOINT& p, const DPOINT& a, const DPOINT& b) {
@@ -49,6 +52,12 @@ double AreaOf(const CPolyPolyDPoint& shape) {
     double area = 0;
     for (int i = 0; i < shape.GetSize(); ++i) area += fuzz::AreaOf(shape[i]);
     return area;
+}
+
+/// Whether all points are one.
+bool IsPoint(const Polyline& contour) {
+    return std::all_of(contour.begin(), contour.end(),
+                       [&contour](const DPOINT& p) { return p.x == contour[0].x && p.y == contour[0].y; });
 }
 
 /// Shapes of small coordinates, filled by the even-odd rule.
@@ -75,6 +84,7 @@ void MoveShape(Input& input, int kind) {
     for (int i = 0; i < larger.GetSize(); ++i) {
         for (const DPOINT& p : larger[i]) {
             for (int k = 0; k < shape.GetSize(); ++k) {
+                if (IsPoint(shape[k])) continue;  // left out, as nothing that could grow
                 for (int side = 1; side < shape[k].GetSize(); ++side)
                     Require(DistanceToSide(p, shape[k][side - 1], shape[k][side]) >=
                                 distance - options.tolerance - 1e-6,
@@ -112,7 +122,8 @@ void Reorder(Input& input, int kind) {
         Require(Same(contour, given), "a contour that is refused stays as it was");
         return;
     }
-    Require(IsClosed(contour), "a reordered contour is closed");
+    Require(contour.GetSize() > 1 && Same(contour[0], contour[contour.GetUpperBound()]),
+            "a reordered contour ends with a copy of its first point");
     Require(contour.GetSize() - given.GetSize() == 0 || (byPoint && contour.GetSize() == given.GetSize() + 1),
             "a corner is added at most");
     Require(byPoint || Same(contour[0], given[start]), "it starts where it was asked to");

@@ -74,7 +74,8 @@ TARVEX_API CPolyPolyDPoint ShrinkPolyline(const CArray<DPOINT, DPOINT>& contour,
 
 /// The same for a shape of several contours filled by the even-odd rule, whichever way they run: positive
 /// distances shrink the filled region, negative ones grow it. Open contours count as closed. Outlines come
-/// out clockwise, holes counter-clockwise; a distance of 0 gives the region's outline.
+/// out clockwise, holes counter-clockwise; a distance of 0 gives the region's outline. Lines that enclose
+/// nothing have no region to shrink, but grow to both sides; contours of a single point are left out.
 ///
 ///     CPolyPolyDPoint ring = ...;                        // an outline and a hole in it
 ///     CPolyPolyDPoint thinner = ShrinkPolyline(ring, 1);  // the outline smaller, the hole larger

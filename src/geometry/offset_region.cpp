@@ -19,7 +19,9 @@
 // Parts end flat, with the very edges that the sector of the corner between them begins and ends with.
 //
 // What is outside R does not count when R shrinks, so bands around its outlines do; when R grows, bands
-// around the paths themselves are added, which give width to strokes that enclose nothing.
+// around the paths themselves are added, which give width to strokes that enclose nothing: with the corners
+// asked for on the wanted side, and plainly on both, since a stroke that is run through twice the same way
+// has no wanted side of its own.
 #include "geometry/offset_region.h"
 
 #include <algorithm>
@@ -176,7 +178,10 @@ std::vector<Contour> RegionOffset::OfLoops(const std::vector<Path>& paths, Insid
 
     const Sense sense = isInwards ? Sense::backwards : Sense::forwards;
     std::vector<Path> sources = region;
-    if (!isInwards && !isWhole) sources.insert(sources.end(), paths.begin(), paths.end());
+    if (!isInwards && !isWhole) {
+        sources.insert(sources.end(), paths.begin(), paths.end());
+        for (const Path& path : paths) AppendAllEdges(AroundChain(Unrolled(path)), sense, tangle);
+    }
     const Extent beside{Extent::Sides::wanted, Tip::flat, Tip::flat};
     for (const Path& path : sources) {
         AppendAllEdges(Band(Unrolled(path), beside), sense, tangle);

@@ -203,6 +203,16 @@ TEST(Offset, ConvexShapeShrunkAndGrownIsItselfAgain) {
     }
 }
 
+TEST(Offset, AStrokeRunThroughTwiceTheSameWayGrowsOnBothSides) {
+    Points twice(kSquare.begin(), kSquare.end() - 1);
+    twice.insert(twice.end(), kSquare.begin(), kSquare.end());  // by the even-odd rule it encloses nothing
+    CPolyPolyDPoint shape;
+    AddTo(shape, Polyline(twice));
+    std::vector<double> areas;
+    for (const Points& part : ToVectors(ShrinkPolyline(shape, -1))) areas.push_back(Area(part));
+    EXPECT_THAT(areas, testing::Pointwise(testing::DoubleNear(1e-9), {144.0, -64.0}));
+}
+
 TEST(Offset, OpenLinesKeepTheirSideAndDirectionAndNothingNearer) {
     const Points zigzag{{0, 0}, {10, 0}, {10, 10}, {20, 10}};
     EXPECT_EQ(Shrunk(zigzag, 1), (std::vector<Points>{{{0, 1}, {9, 1}, {9, 11}, {20, 11}}}));
