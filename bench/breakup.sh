@@ -4,9 +4,8 @@
 #     bench/breakup.sh PROGRAM [DIRECTORY [COUNT]]
 #
 # Takes COUNT pictures of DIRECTORY (the Debian package openclipart-png by default), for as long as
-# BREAKUP_SECONDS allows, keeps
-# those that are silhouettes (two tones: few pixels between dark and light, and neither tone nearly everything),
-# and calls made of strokes those whose shape is mostly thin: at least four times as long, by half its outline, as
+# BREAKUP_SECONDS allows, keeps those that are silhouettes (two tones: few pixels between dark and light, and
+# neither tone nearly everything), and calls made of strokes those whose shape is mostly thin: at least four times as long, by half its outline, as
 # wide. A shape counts as broken up when every part of it that matters (a hundredth of its area or more) is.
 set -eu
 program=$1
