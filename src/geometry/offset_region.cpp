@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tarvex::offsetting {
 
@@ -39,10 +40,25 @@ constexpr std::size_t CROSSINGS_PER_EDGE = 40;
 
 double Distance(const GridPoint& a, const GridPoint& b) { return std::hypot(b.x - a.x, b.y - a.y); }
 
-std::size_t CornerCount(const std::vector<Contour>& contours) {
-    std::size_t count = 0;
-    for (const Contour& contour : contours) count += contour.size();
-    return count;
+using Side = std::pair<GridPoint, GridPoint>;
+
+bool IsBefore(const Side& a, const Side& b) {
+    return a.first == b.first ? Before(a.second, b.second) : Before(a.first, b.first);
+}
+
+/// The sides of all loops in the order of the plane, each with the end that comes first there in front.
+std::vector<Side> SortedSides(const std::vector<Path>& loops) {
+    std::vector<Side> sides;
+    for (const Path& loop : loops) {
+        GridPoint from = loop.back().at;
+        for (const Corner& corner : loop) {
+            const GridPoint& to = corner.at;
+            sides.push_back(Before(from, to) ? Side{from, to} : Side{to, from});
+            from = to;
+        }
+    }
+    std::sort(sides.begin(), sides.end(), IsBefore);
+    return sides;
 }
 
 /// The loop as a chain that ends where it starts.
@@ -166,10 +182,11 @@ std::vector<Contour> RegionOffset::AroundChain(std::span<const Corner> chain) {
 std::vector<Contour> RegionOffset::OfLoops(const std::vector<Path>& paths, Inside rule) {
     const std::vector<Contour> region = OutlinesOf(paths, rule);
     const bool isInwards = m_manner.distance > 0;
-    const bool isWhole = region.size() == paths.size() && CornerCount(region) == CornerCount(paths);
+    // Strokes count when growing; there are none when the region's outlines are the paths themselves.
+    const bool hasNoStrokes = isInwards || SortedSides(region) == SortedSides(paths);
     const auto isCrowded = [&](const Path& path) { return IsCrowded(Unrolled(path)); };
     std::vector<Edge> tangle;
-    if ((isInwards || isWhole) && std::none_of(region.begin(), region.end(), isCrowded)) {
+    if (hasNoStrokes && std::none_of(region.begin(), region.end(), isCrowded)) {
         for (const Contour& contour : region) AppendEdges(m_raw.OfLoop(contour), Sense::forwards, tangle);
         const std::size_t most = CROSSINGS_PER_EDGE * (tangle.size() + 1);
         if (auto outline = Outline(tangle, Inside::positive, most)) return *std::move(outline);
@@ -178,7 +195,7 @@ std::vector<Contour> RegionOffset::OfLoops(const std::vector<Path>& paths, Insid
 
     const Sense sense = isInwards ? Sense::backwards : Sense::forwards;
     std::vector<Path> sources = region;
-    if (!isInwards && !isWhole) {
+    if (!hasNoStrokes) {
         sources.insert(sources.end(), paths.begin(), paths.end());
         for (const Path& path : paths) AppendAllEdges(AroundChain(Unrolled(path)), sense, tangle);
     }

@@ -203,14 +203,28 @@ TEST(Offset, ConvexShapeShrunkAndGrownIsItselfAgain) {
     }
 }
 
-TEST(Offset, AStrokeRunThroughTwiceTheSameWayGrowsOnBothSides) {
+TEST(Offset, StrokesOfAShapeGrowOnBothSides) {
     Points twice(kSquare.begin(), kSquare.end() - 1);
     twice.insert(twice.end(), kSquare.begin(), kSquare.end());  // by the even-odd rule it encloses nothing
-    CPolyPolyDPoint shape;
-    AddTo(shape, Polyline(twice));
-    std::vector<double> areas;
-    for (const Points& part : ToVectors(ShrinkPolyline(shape, -1))) areas.push_back(Area(part));
-    EXPECT_THAT(areas, testing::Pointwise(testing::DoubleNear(1e-9), {144.0, -64.0}));
+    const Points bowTie{{0, 0}, {10, 10}, {10, 0}, {0, 10}, {0, 0}};  // two regions of three corners
+    const Points bar{{50, 0}, {60, 0}, {50, 0}};
+    struct Case {
+        const char* name;
+        std::vector<Points> contours;
+        std::vector<double> areas;
+    };
+    for (const Case& c : std::vector<Case>{
+             {"run through twice the same way", {twice}, {144, -64}},
+             {"beside regions with as many corners as all contours",
+              {bowTie, bar},
+              {72 + 24 * std::sqrt(2.0), 24}},
+         }) {
+        CPolyPolyDPoint shape;
+        for (const Points& contour : c.contours) AddTo(shape, Polyline(contour));
+        std::vector<double> areas;
+        for (const Points& part : ToVectors(ShrinkPolyline(shape, -1))) areas.push_back(Area(part));
+        EXPECT_THAT(areas, testing::Pointwise(testing::DoubleNear(1e-9), c.areas)) << c.name;
+    }
 }
 
 TEST(Offset, OpenLinesKeepTheirSideAndDirectionAndNothingNearer) {
