@@ -5,6 +5,11 @@
 #
 #   scripts/fuzz.sh 60                every target for a minute
 #   scripts/fuzz.sh 1200 clipper fit  these two for twenty minutes
+#   scripts/fuzz.sh --repeatable 10   the same inputs in the same order at each run, as many as ten seconds allow
+#
+# A search goes another way each time, so it may find today what was there for long. What has to judge a change
+# is repeatable instead: from the saved inputs only, at fixed addresses and without the operands of comparisons,
+# among which there are addresses. It reaches less.
 #
 # New inputs stay in build/fuzz/corpus/TARGET, where the next run finds them; findings and logs are in build/fuzz.
 # scripts/fuzz.sh --merge TARGET... adds to fuzz/corpus/TARGET those of the new inputs, small ones first, that
@@ -25,11 +30,17 @@ saved_of() { if [ -d "$root/fuzz/corpus/$1" ]; then echo "$root/fuzz/corpus/$1";
 
 # One target for some seconds; its line says how many inputs it ran and how much of the program they reached.
 fuzz_one() {
-    local name=$1 status=0 runs reached saved=()
-    mkdir -p "$work/corpus/$name"
+    local name=$1 status=0 runs reached saved=() found=$work/corpus/$1 launch=("$programs/$1")
+    if [ -n "$repeatable" ]; then
+        found=$work/repeatable/$name
+        rm -rf "$found"
+        launch+=(-use_cmp=0)
+        if [ "$repeatable" = wholly ]; then launch=(setarch --addr-no-randomize "${launch[@]}"); fi
+    fi
+    mkdir -p "$found"
     mapfile -t saved < <(saved_of "$name")
-    "$programs/$name" -seed=1 -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
-        -artifact_prefix="$work/$name-" "$work/corpus/$name" "${saved[@]}" >"$work/$name.log" 2>&1 </dev/null ||
+    "${launch[@]}" -seed=1 -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+        -artifact_prefix="$work/$name-" "$found" "${saved[@]}" >"$work/$name.log" 2>&1 </dev/null ||
         status=$?
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$work/$name.log")
     reached=$(grep -o 'cov: [0-9]*' "$work/$name.log" | tail -n 1 || true)
@@ -50,6 +61,11 @@ merge_one() {
 }
 
 job=fuzz_one
+repeatable=
+if [ "${1-}" = --repeatable ]; then
+    repeatable=wholly
+    shift
+fi
 if [ "${1-}" = --merge ]; then
     job=merge_one
 elif ! [[ ${1-} =~ ^[1-9][0-9]*$ ]]; then
@@ -73,8 +89,13 @@ for name in "${targets[@]}"; do
     fi
 done
 
+if [ -n "$repeatable" ] && ! setarch --addr-no-randomize true 2>/dev/null; then
+    say "addresses cannot be fixed here: the inputs may differ from run to run"
+    repeatable=nearly
+fi
+
 export -f fuzz_one merge_one saved_of
-export root work programs seconds
+export root work programs seconds repeatable
 # shellcheck disable=SC2016 # the inner shell expands it
 if ! printf '%s\0' "${targets[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c "$job"' "$0" || exit 1'; then
     say "there are findings; their inputs and logs are in $work"
