@@ -52,8 +52,8 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${runtime_package} (= ${full_version})")
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "${about}
 
-This package holds the command-line program tarvex, which does that to pictures,
-SVG drawings and text, its man page and shell completions.")
+This package holds the command-line program tarvex, which does that to
+pictures, SVG drawings and text, its man page and shell completions.")
 
 # Each package says whose it is and what changed, where Debian's rules want that to be read.
 string(TIMESTAMP packaged_on "%a, %d %b %Y %H:%M:%S +0000" UTC)  # SOURCE_DATE_EPOCH's, where that is set
