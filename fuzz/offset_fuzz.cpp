@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <numbers>
 
 #include "checks.h"
 #include "coordinates.h"
@@ -15,6 +16,9 @@ namespace tarvex::fuzz {
 namespace {
 
 using Polyline = CArray<DPOINT, DPOINT>;
+
+/// How far inside its circle of radius 1 the middle of a chord lies, of 1024 to a full turn: no arc has more.
+const double MOST_CHORDS_SAG = 1 - std::cos(std::numbers::pi / 1024);
 
 OffsetOptions TakeOptions(Input& input) {
     OffsetOptions options;
@@ -81,13 +85,13 @@ void MoveShape(Input& input, int kind) {
     Require(AreaOf(smaller) >= -slack && AreaOf(smaller) <= area + slack, "what shrinks is smaller");
     Require(AreaOf(larger) >= area - slack, "what grows is larger");
     if (!(options.tolerance >= 0 && options.tolerance < 1)) return;
+    const double near = distance - std::max(options.tolerance, distance * MOST_CHORDS_SAG) - 1e-6;
     for (int i = 0; i < larger.GetSize(); ++i) {
         for (const DPOINT& p : larger[i]) {
             for (int k = 0; k < shape.GetSize(); ++k) {
                 if (IsPoint(shape[k])) continue;  // left out, as nothing that could grow
                 for (int side = 1; side < shape[k].GetSize(); ++side)
-                    Require(DistanceToSide(p, shape[k][side - 1], shape[k][side]) >=
-                                distance - options.tolerance - 1e-6,
+                    Require(DistanceToSide(p, shape[k][side - 1], shape[k][side]) >= near,
                             "a region's outline keeps its distance");
             }
         }

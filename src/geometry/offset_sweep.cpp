@@ -12,9 +12,11 @@
 // pass's findings are dropped and the pieces are swept again. A pass that bends nothing has met no crossing
 // but at vertices: by the same exact tests its order was right from beginning to end, so its winding
 // numbers are those of the pieces. Bends are of the order of the grid's step, so new crossings are rare:
-// two passes are the rule, three are seen. Should bends go on, the grid is made coarser, which ends them;
-// after `MOST_PASSES` the last findings are taken as they are. Within a pass nothing depends on the order
-// being right but the answer: edges are taken out of the status by number, not by comparison.
+// two passes are the rule, three are seen, and six where arcs of a thousand chords lie nearly upon one
+// another several times. Should bends go on, the grid is made coarser, slowly, since edges that were apart
+// meet on a coarse one; after `MOST_PASSES` the last findings are taken as they are. Within a pass nothing
+// depends on the order being right but the answer: edges are taken out of the status by number, not by
+// comparison.
 //
 // A cut that falls on or before the vertex just met (rounding can do that) is made after the pass.
 //
@@ -36,9 +38,9 @@ namespace tarvex::offsetting {
 namespace {
 
 constexpr int NONE = Status::NONE;
-constexpr int FINE_PASSES = 5;
-constexpr int MOST_PASSES = 12;
-constexpr double COARSENING = 16;
+constexpr int FINE_PASSES = 12;
+constexpr int MOST_PASSES = 24;
+constexpr double COARSENING = 4;
 constexpr double NEAR_END = 2;  // steps from an end at which a crossing counts as that end
 
 /// An edge or a part of one, from its left to its right end.

@@ -227,6 +227,20 @@ TEST(Offset, StrokesOfAShapeGrowOnBothSides) {
     }
 }
 
+TEST(Offset, FineArcsThatNearlyCoincideKeepTheirDistance) {
+    const Points tangle{{51, -1}, {40, 49}, {-10, 0}, {-1, 9}, {5, 50}, {0, 5}, {51, -1}};
+    const Points stroke{{-113, 22}, {0, 16}, {97, 0}, {0, -1}, {-1, 0}, {-113, 22}};
+    CPolyPolyDPoint shape;
+    for (const Points& contour : {tangle, stroke}) AddTo(shape, Polyline(contour));
+    const double distance = 15.6875;
+    const double sag = distance * 4.8e-6;  // of 1024 chords to a full turn
+    for (const Points& part :
+         ToVectors(ShrinkPolyline(shape, -distance, {.corner = OffsetCorner::round, .tolerance = 0}))) {
+        for (const DPOINT& p : part)
+            EXPECT_GE(std::min(DistanceTo(tangle, p), DistanceTo(stroke, p)), distance - sag);
+    }
+}
+
 TEST(Offset, OpenLinesKeepTheirSideAndDirectionAndNothingNearer) {
     const Points zigzag{{0, 0}, {10, 0}, {10, 10}, {20, 10}};
     EXPECT_EQ(Shrunk(zigzag, 1), (std::vector<Points>{{{0, 1}, {9, 1}, {9, 11}, {20, 11}}}));
