@@ -16,9 +16,9 @@ namespace {
 constexpr const char* RENDER_HELP =
     "\nOn white, in the drawing's colours. The picture shows the drawing's page, or, when it names none, "
     "its\n"
-    "outlines with a margin. Strokes have round ends and corners and no dashes; gradients and patterns\n"
-    "are shown as grey; style sheets are not read; text, images and the like are left out, with a word on\n"
-    "standard error.\n";
+    "outlines with a margin. Strokes have round ends and corners and no dashes; gradients are\n"
+    "shown in the mean of their colours, patterns as grey; style sheets are not read; text, images and the\n"
+    "like are left out, with a word on standard error.\n";
 
 struct RenderArguments {
     RenderOptions options;

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tarvex/svg_gradient.h"
 #include "tarvex/svg_text.h"
 
 namespace tarvex::app {
@@ -221,6 +222,15 @@ std::optional<double> ParseOpacity(std::string_view text) {
     return std::clamp(*number, 0.0, 1.0);
 }
 
+/// The id in a value that begins with url(#id), with or without quotes; empty for other references.
+std::string_view ReferredId(std::string_view value) {
+    std::string_view inside = value.substr(4, std::min(value.find(')'), value.size()) - 4);
+    const auto isAround = [](char c) { return c == ' ' || c == '\t' || c == '\'' || c == '"'; };
+    while (!inside.empty() && isAround(inside.front())) inside.remove_prefix(1);
+    while (!inside.empty() && isAround(inside.back())) inside.remove_suffix(1);
+    return inside.starts_with('#') ? inside.substr(1) : std::string_view();
+}
+
 std::string Lower(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
@@ -247,8 +257,13 @@ std::optional<Rgba> ParseColour(std::string_view text) {
     return FromNumber(found->second);
 }
 
-void SvgPaint::SetColour(std::optional<Rgba>& colour, std::string_view value) const {
+void SvgPaint::SetColour(std::optional<Rgba>& colour, std::string_view value,
+                         const GradientColours& gradients) const {
     if (value.substr(0, 4) == "url(") {
+        if (const auto gradient = gradients.Find(ReferredId(value))) {
+            colour = gradient;
+            return;
+        }
         colour = REFERENCE_COLOUR;
         const std::size_t end = std::min(value.find(')'), value.size() - 1);
         value.remove_prefix(std::min(value.find_first_not_of(" \t\r\n", end + 1), value.size()));
@@ -262,17 +277,17 @@ void SvgPaint::SetColour(std::optional<Rgba>& colour, std::string_view value) co
     }
 }
 
-void SvgPaint::Set(std::size_t property, std::string_view value) {
+void SvgPaint::Set(std::size_t property, std::string_view value, const GradientColours& gradients) {
     if (value == "inherit") return;
     switch (property) {
         case 0:
             if (const auto colour = ParseColour(value)) m_current = *colour;
             break;
         case 1:
-            SetColour(m_fill, value);
+            SetColour(m_fill, value, gradients);
             break;
         case 2:
-            SetColour(m_stroke, value);
+            SetColour(m_stroke, value, gradients);
             break;
         case 3:
             m_fillOpacity = ParseOpacity(value).value_or(m_fillOpacity);

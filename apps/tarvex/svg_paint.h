@@ -1,7 +1,8 @@
 // What SVG elements are painted with: colours, opacities and the fill rule.
 //
-// Gradients and patterns are not followed: what refers to one is painted with the colour it gives for the
-// case that the reference fails, or else in a middle grey, so that it is seen.
+// What refers to a gradient is painted in the gradient's mean colour. Patterns are not followed: what refers
+// to one is painted with the colour it gives for the case that the reference fails, or else in a middle grey,
+// so that it is seen.
 #pragma once
 
 #include <array>
@@ -16,6 +17,8 @@ namespace tarvex::app {
 /// or rgba(). The functions take numbers or percentages, between commas, spaces or before a slash.
 std::optional<Rgba> ParseColour(std::string_view text);
 
+class GradientColours;
+
 /// The properties in force at an element.
 class SvgPaint {
   public:
@@ -25,7 +28,7 @@ class SvgPaint {
 
     /// Sets the property of that place in PROPERTIES, as declared by an element, over what it inherits. What
     /// CSS does not know leaves it as it is.
-    void Set(std::size_t property, std::string_view value);
+    void Set(std::size_t property, std::string_view value, const GradientColours& gradients);
 
     /// With the opacity in its alpha; none when nothing is painted. Opacities of groups are multiplied in, so
     /// parts of a translucent group show through one another.
@@ -34,7 +37,8 @@ class SvgPaint {
     bool IsEvenOdd() const { return m_isEvenOdd; }
 
   private:
-    void SetColour(std::optional<Rgba>& colour, std::string_view value) const;
+    void SetColour(std::optional<Rgba>& colour, std::string_view value,
+                   const GradientColours& gradients) const;
     std::optional<Rgba> Painted(const std::optional<Rgba>& colour, double opacity) const;
 
     Rgba m_current = {0, 0, 0, 255};

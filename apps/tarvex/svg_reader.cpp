@@ -13,7 +13,9 @@
 #include "tarvex/input.h"
 #include "tarvex/program_error.h"
 #include "tarvex/progress.h"
+#include "tarvex/svg_gradient.h"
 #include "tarvex/svg_path.h"
+#include "tarvex/svg_property.h"
 #include "tarvex/svg_text.h"
 #include "tarvex/view.h"
 #include "tarvex/xml_entities.h"
@@ -48,14 +50,6 @@ class DepthCheck : public pugi::xml_tree_walker {
   public:
     bool for_each(pugi::xml_node&) override { return depth() < MAX_SVG_DEPTH; }
 };
-
-/// A property: what the style attribute declares, or else the attribute of that name.
-std::optional<std::string_view> Property(const pugi::xml_node& node, const char* name) {
-    if (const auto value = StyleValue(node.attribute("style").value(), name)) return value;
-    const pugi::xml_attribute attribute = node.attribute(name);
-    if (attribute && *attribute.value() != 0) return attribute.value();
-    return std::nullopt;
-}
 
 bool RefersToOthers(const pugi::xml_node& node) {
     for (const pugi::xml_attribute& attribute : node.attributes()) {
@@ -137,6 +131,7 @@ class Reader {
         const std::size_t colon = name.find(':');
         m_prefix = colon == name.npos ? std::string_view() : name.substr(0, colon + 1);
         if (LocalName(root) != "svg") throw SvgError("not an SVG drawing: its root element is not svg");
+        m_gradients = GradientColours(root);
         Inherited state;
         SetPage(root, state);
         Own(root, state);
@@ -185,7 +180,8 @@ class Reader {
                 state.stroke.lengths[i] = Lengths(*value, state.viewport.Diagonal());
         }
         for (std::size_t i = 0; i < SvgPaint::PROPERTIES.size(); ++i) {
-            if (const auto value = Property(node, SvgPaint::PROPERTIES[i])) state.paint.Set(i, *value);
+            if (const auto value = Property(node, SvgPaint::PROPERTIES[i]))
+                state.paint.Set(i, *value, m_gradients);
         }
         m_document.hasReferences = m_document.hasReferences || RefersToOthers(node);
     }
@@ -385,6 +381,7 @@ class Reader {
 
     SvgDocument m_document;
     std::string_view m_prefix;
+    GradientColours m_gradients;
     std::map<std::string, Noted> m_leftOut;
     std::map<std::string, Noted> m_damaged;
 };

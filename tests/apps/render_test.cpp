@@ -75,6 +75,37 @@ TEST(Render, PaintsWhatEachPropertyAndItsInheritanceSay) {
     }
 }
 
+TEST(Render, PaintsGradientsInTheMeanOfTheirColours) {
+    const std::string ends = "<stop stop-color='red'/><stop offset='1' style='stop-color:blue'/>";
+    const std::string step = "<stop offset='25%' stop-color='red'/><stop offset='.1' stop-color='blue'/>";
+    const std::pair<std::string, Rgba> cases[] = {
+        {"<linearGradient id='a'>" + ends + "</linearGradient>", {128, 0, 128, 255}},
+        {"<radialGradient id='a'>" + ends + "</radialGradient>", {85, 0, 170, 255}},
+        {"<linearGradient id='a'>" + step + "</linearGradient>", {64, 0, 191, 255}},
+        {"<radialGradient id='a'>" + step + "</radialGradient>", {16, 0, 239, 255}},
+        {"<radialGradient id='a' xlink:href='#b'/><linearGradient id='b' href='#c'/>"
+         "<linearGradient id='c'>" +
+             ends + "</linearGradient>",
+         {85, 0, 170, 255}},
+        {"<linearGradient id='a'><stop stop-color='red' stop-opacity='.2'/></linearGradient>",
+         {255, 204, 204, 255}},
+        {"<linearGradient id='a'><stop stop-color='red'/><stop offset='1' stop-color='blue' "
+         "stop-opacity='0'/></linearGradient>",
+         {255, 127, 127, 255}},
+        {"<linearGradient id='a'/>", WHITE},
+        {"<linearGradient id='a' href='#b'/><linearGradient id='b' href='#a'/>", WHITE},
+        {"<pattern id='a'/>", {0, 128, 0, 255}},
+    };
+    for (const auto& [definition, colour] : cases) {
+        for (const char* reference : {"url(#a) green", "url( '#a' ) green"}) {
+            const Picture picture = Rendered("<svg viewBox='0 0 9 9'><path d='M0 0h9v9h-9z' fill=\"" +
+                                                 std::string(reference) + "\"/>" + definition + "</svg>",
+                                             {"--width", "9"});
+            EXPECT_EQ(Shown(picture.At(4, 4)), Shown(colour)) << definition;
+        }
+    }
+}
+
 TEST(Render, ShadesPixelsByHowMuchOfThemIsCovered) {
     const Picture picture =
         Rendered("<svg viewBox='0 0 4 2'><path d='M.5 0h3v1h-3z'/><path d='M0 1L4 2H0z' fill='#008'/></svg>",
