@@ -55,7 +55,7 @@ class TARVEX_API CSkeleton {
     /// it. False when there is no copy. Thinning what is thin already changes nothing.
     ///
     /// Time is proportional to the picture's pixels, whatever the width of its strokes; memory is at most
-    /// about 12 bytes for every pixel, most of it only for the shape's. Raises CMemoryException, or another
+    /// about 14 bytes for every pixel, most of it only for the shape's. Raises CMemoryException, or another
     /// std::bad_alloc, with the copy as it was, when memory runs out or there are 2^32 pixels.
     bool DoSkeleton();
 

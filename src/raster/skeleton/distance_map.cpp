@@ -23,6 +23,9 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace tarvex::skeleton {
@@ -76,49 +79,74 @@ struct Nearest {
     bool isOne;
 };
 
-/// Distances to the ground below, for the shape's pixels, at most 65535. More is never the nearest ground in
-/// a picture whose pixels can be counted in 32 bits.
-class GroundBelow {
-  public:
-    explicit GroundBelow(const BitPlane& shape)
-        : m_width(static_cast<std::size_t>(shape.Words()) * 64),
-          m_steps(std::make_unique_for_overwrite<std::uint16_t[]>(m_width *
-                                                                  static_cast<std::size_t>(shape.Height()))) {
-        std::vector<std::uint16_t> below(m_width);
-        for (int y = shape.Height() - 1; y >= 0; --y) {
-            std::uint16_t* out = m_steps.get() + static_cast<std::size_t>(y) * m_width;
-            StepRow(shape.Row(y), shape.Words(), below.data());
-            for (std::size_t i = 0; i < m_width / 64; ++i) {
-                if (shape.Row(y)[i] != 0) std::copy_n(below.data() + i * 64, 64, out + i * 64);
+/// For each byte, eight lanes that are all ones where its bits are set, the lowest bit first.
+constexpr auto kLanes = [] {
+    std::array<std::array<std::uint16_t, 8>, 256> lanes{};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        for (unsigned k = 0; k < 8; ++k) lanes[byte][k] = (byte >> k & 1) != 0 ? 0xFFFF : 0;
+    }
+    return lanes;
+}();
+
+/// From the steps to ground seen from one row, `former`, to those seen from the next one, at most 65535. More
+/// is never the nearest ground in a picture whose pixels can be counted in 32 bits.
+void StepRow(const std::uint64_t* former, const std::uint64_t* row, int words, std::uint16_t* steps) {
+    const auto next = [](std::uint16_t step) { return step + (step < 65535 ? 1 : 0); };
+    for (int i = 0; i < words; ++i, steps += 64) {
+        const std::uint64_t word = row[i];
+        if (word == 0) {
+            if (former[i] != 0) std::fill_n(steps, 64, std::uint16_t{0});
+        } else if (word == ~std::uint64_t{0}) {
+            for (int k = 0; k < 64; ++k) steps[k] = static_cast<std::uint16_t>(next(steps[k]));
+        } else {
+            for (std::size_t from = 0; from < 64; from += 8) {
+                const auto& mask = kLanes[word >> from & 0xFF];
+                std::uint16_t* eight = steps + from;
+                for (std::size_t k = 0; k < 8; ++k)
+                    eight[k] = static_cast<std::uint16_t>(next(eight[k]) & mask[k]);
             }
         }
     }
+}
 
-    const std::uint16_t* Row(int y) const { return m_steps.get() + static_cast<std::size_t>(y) * m_width; }
-
-    /// From the steps to ground seen from one row to those seen from the next one, `row`.
-    static void StepRow(const std::uint64_t* row, int words, std::uint16_t* steps) {
-        for (int i = 0; i < words; ++i, steps += 64) {
-            const std::uint64_t word = row[i];
-            if (word == 0) {
-                std::fill_n(steps, 64, std::uint16_t{0});
-            } else if (word == ~std::uint64_t{0}) {
-                for (int k = 0; k < 64; ++k) steps[k] = Next(steps[k]);
-            } else {
-                for (int k = 0; k < 64; ++k) {
-                    const auto mask = static_cast<std::uint16_t>(0 - (word >> k & 1));
-                    steps[k] = static_cast<std::uint16_t>(Next(steps[k]) & mask);
-                }
-            }
+/// The steps to the ground below, kept for the words that distances are kept for.
+class GroundBelow {
+  public:
+    GroundBelow(const BitPlane& shape, const DistanceMap& distances)
+        : m_shape(shape),
+          m_distances(distances),
+          m_row(WidthOf(shape)),
+          m_steps(std::make_unique_for_overwrite<std::uint16_t[]>(distances.PlaceCount())) {
+        for (int y = shape.Height() - 1; y >= 0; --y) {
+            StepRow(shape.Row(y + 1), shape.Row(y), shape.Words(), m_row.data());
+            ForEachWord(y, [this](std::size_t x, std::size_t place) {
+                std::copy_n(m_row.data() + x, 64, m_steps.get() + place);
+            });
         }
+    }
+
+    static std::size_t WidthOf(const BitPlane& shape) { return static_cast<std::size_t>(shape.Words()) * 64; }
+
+    /// Those of a row, good until the next one is asked for. Words without the shape have any.
+    const std::uint16_t* Row(int y) {
+        ForEachWord(y, [this](std::size_t x, std::size_t place) {
+            std::copy_n(m_steps.get() + place, 64, m_row.data() + x);
+        });
+        return m_row.data();
     }
 
   private:
-    static std::uint16_t Next(std::uint16_t steps) {
-        return static_cast<std::uint16_t>(steps + (steps < 65535 ? 1 : 0));
+    template <class Visit>
+    void ForEachWord(int y, Visit visit) const {
+        for (int i = 0; i < m_shape.Words(); ++i) {
+            if (m_shape.Row(y)[i] != 0)
+                visit(static_cast<std::size_t>(i) * 64, m_distances.Place(m_shape.At(i * 64, y)));
+        }
     }
 
-    std::size_t m_width;
+    const BitPlane& m_shape;
+    const DistanceMap& m_distances;
+    std::vector<std::uint16_t> m_row;
     std::unique_ptr<std::uint16_t[]> m_steps;
 };
 
@@ -172,6 +200,13 @@ class RowEnvelope {
         return dx * dx + m_square[i];
     }
 
+    /// The quotient by an even number. Most are by 2, which shifting divides by sooner.
+    static std::int64_t RoundedUp(std::int64_t a, std::int64_t b) {
+        if (b == 2) return (a + 1) >> 1;
+        const std::int64_t quotient = a / b;
+        return quotient + (a % b > 0 ? 1 : 0);
+    }
+
     void Add(int x, std::int64_t square, int first, int last, std::size_t& top) {
         const auto at = [](std::int64_t from, std::int64_t site, std::int64_t siteSquare) {
             return (from - site) * (from - site) + siteSquare;
@@ -186,10 +221,9 @@ class RowEnvelope {
             }
             --top;
         }
-        // Quotients of such integers round to the right side of every whole number.
         const std::int64_t apart = std::int64_t{x} - m_site[top];
         const std::int64_t rise = apart * (std::int64_t{x} + m_site[top]) + square - m_square[top];
-        const double from = std::ceil(static_cast<double>(rise) / static_cast<double>(2 * apart));
+        const std::int64_t from = RoundedUp(rise, 2 * apart);
         if (from > last) return;
         ++top;
         m_site[top] = x;
@@ -227,39 +261,46 @@ std::int64_t Preference(Offset own, Offset others) {
 class AxisMarks {
   public:
     AxisMarks(const BitPlane& shape, BitPlane& middle)
-        : m_middle(middle), m_doubtful(Nearest::kChoices, BitPlane(shape.Width(), shape.Height())) {}
+        : m_middle(middle), m_doubtful(Nearest::kChoices, BitPlane(shape.Width(), kRows)) {}
 
-    void Mark(Position a, Position b, const Nearest& ofA, const Nearest& ofB, Offset step) {
+    /// Of two neighbours: `a`, and `b` that is `step` before it.
+    void Mark(int x, int y, const Nearest& ofA, const Nearest& ofB, Offset step) {
         if (ofA.isOne && ofB.isOne) {
-            Mark(a, b, ofA.choices[0], ofB.choices[0], step, m_middle);
+            if (const auto isA = Separates(ofA.choices[0], ofB.choices[0], step))
+                m_middle.Set(*isA ? m_middle.At(x, y) : m_middle.At(x - step.x, y - step.y));
             return;
         }
         for (std::size_t i = 0; i < Nearest::kChoices; ++i) {
-            Mark(a, b, ofA.choices[ofA.isOne ? 0 : i], ofB.choices[ofB.isOne ? 0 : i], step, m_doubtful[i]);
+            BitPlane& doubtful = m_doubtful[i];
+            if (const auto isA =
+                    Separates(ofA.choices[ofA.isOne ? 0 : i], ofB.choices[ofB.isOne ? 0 : i], step))
+                doubtful.Set(*isA ? doubtful.At(x, y % kRows)
+                                  : doubtful.At(x - step.x, (y - step.y) % kRows));
         }
     }
 
-    /// Decides the doubtful ones.
-    void Settle() {
-        for (int y = 0; y < m_middle.Height(); ++y) {
-            for (int i = 0; i < m_middle.Words(); ++i) {
-                std::uint64_t agreed = ~std::uint64_t{0};
-                for (const BitPlane& plane : m_doubtful) agreed &= plane.Row(y)[i];
-                m_middle.Row(y)[i] |= agreed;
-            }
+    /// Decides the doubtful ones of a row, when those of the next one have been marked.
+    void Settle(int y) {
+        for (int i = 0; i < m_middle.Words(); ++i) {
+            std::uint64_t agreed = ~std::uint64_t{0};
+            for (BitPlane& plane : m_doubtful) agreed &= std::exchange(plane.Row(y % kRows)[i], 0);
+            m_middle.Row(y)[i] |= agreed;
         }
     }
 
   private:
-    static void Mark(Position a, Position b, Offset ofA, Offset ofB, Offset step, BitPlane& plane) {
-        if (!Separate(ofA, ofB, step)) return;
+    static constexpr int kRows = 2;
+
+    /// Whether the axis passes between `a` and `b`, and then whether it marks `a`.
+    static std::optional<bool> Separates(Offset ofA, Offset ofB, Offset step) {
+        if (!Separate(ofA, ofB, step)) return std::nullopt;
         const std::int64_t forA = Preference(ofA, {ofB.x - step.x, ofB.y - step.y});
         const std::int64_t forB = Preference(ofB, {ofA.x + step.x, ofA.y + step.y});
-        plane.Set(forA < forB ? a : b);
+        return forA < forB;
     }
 
     BitPlane& m_middle;
-    std::vector<BitPlane> m_doubtful;  // by each choice
+    std::vector<BitPlane> m_doubtful;  // by each choice, of two rows
 };
 
 /// Takes pixels off the middle beside which the shape widens as fast as it does beside an edge: at distances
@@ -285,6 +326,11 @@ class SlopeFilter {
   private:
     bool IsOnSlope(int x, int y) const {
         const double distance = std::sqrt(static_cast<double>(m_distances.At(m_shape.At(x, y))));
+        std::array<std::uint32_t, 9> least{};  // a square that is this much is on the slope
+        for (const std::size_t apart : {1U, 2U, 4U, 5U, 8U}) {
+            const double steep = distance + kRise[apart];
+            least[apart] = static_cast<std::uint32_t>(std::ceil(steep * steep));
+        }
         for (int dy = -2; dy <= 2; ++dy) {
             const int row = y + dy;
             if (row < 0 || row >= m_shape.Height()) continue;
@@ -292,10 +338,8 @@ class SlopeFilter {
                 const int column = x + dx;
                 if (column < 0 || column >= m_shape.Width()) continue;
                 const Position q = m_shape.At(column, row);
-                if (!m_shape.Get(q)) continue;
-                const int apart = dx * dx + dy * dy;
-                const double steep = distance + kRise[apart];
-                if (m_distances.At(q) >= steep * steep && apart > 0) return true;
+                const auto apart = static_cast<std::size_t>(dx * dx + dy * dy);
+                if (apart > 0 && m_shape.Get(q) && m_distances.At(q) >= least[apart]) return true;
             }
         }
         return false;
@@ -310,36 +354,48 @@ class SlopeFilter {
 
 }  // namespace
 
+DistanceMap::DistanceMap(const BitPlane& shape) : m_places(shape.PositionCount() / 64) {
+    for (int y = 0; y < shape.Height(); ++y) {
+        for (int i = 0; i < shape.Words(); ++i) {
+            m_places[shape.At(i * 64, y) >> 6] = static_cast<std::uint32_t>(m_placeCount);
+            if (shape.Row(y)[i] != 0) m_placeCount += 64;
+        }
+    }
+    m_squares = std::make_unique_for_overwrite<std::uint32_t[]>(m_placeCount);
+}
+
 void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middle) {
-    const GroundBelow below(shape);
-    const std::size_t width = static_cast<std::size_t>(shape.Words()) * 64;
+    GroundBelow below(shape, distances);
+    const std::size_t width = GroundBelow::WidthOf(shape);
     std::vector<std::uint16_t> above(width);
+    std::vector<std::uint32_t> squares(width);
     std::vector<Nearest> nearest(width);
     std::vector<Nearest> nearestAbove(width);
     RowEnvelope envelope(width);
     AxisMarks marks(shape, middle);
     for (int y = 0; y < shape.Height(); ++y) {
-        GroundBelow::StepRow(shape.Row(y), shape.Words(), above.data());
-        std::uint32_t* squares = distances.From(shape.At(0, y));
+        StepRow(shape.Row(y - 1), shape.Row(y), shape.Words(), above.data());
+        const std::uint16_t* belowRow = below.Row(y);
         ForEachRun(shape.Row(y), shape.Words(), [&](int first, int last) {
-            envelope.Measure(first, last, above.data(), below.Row(y), squares, nearest.data());
-            const Position row = shape.At(0, y);
-            const Position rowAbove = row - shape.Down();
+            envelope.Measure(first, last, above.data(), belowRow, squares.data(), nearest.data());
             for (int x = first; x <= last; ++x) {
                 const auto i = static_cast<std::size_t>(x);
-                const Position p = row + static_cast<Position>(x);
-                if (x > first) marks.Mark(p, p - 1, nearest[i], nearest[i - 1], {1, 0});
+                if (x > first) marks.Mark(x, y, nearest[i], nearest[i - 1], {1, 0});
                 const bool isBelowShape = above[i] > 1;
-                if (isBelowShape)
-                    marks.Mark(p, rowAbove + static_cast<Position>(x), nearest[i], nearestAbove[i], {0, 1});
-                if (squares[x] != 1) continue;
-                const bool isUnderShape = below.Row(y)[i] > 1;
-                if ((!isBelowShape && !isUnderShape) || first == last) middle.Set(p);
+                if (isBelowShape) marks.Mark(x, y, nearest[i], nearestAbove[i], {0, 1});
+                if (squares[i] != 1) continue;
+                const bool isUnderShape = belowRow[i] > 1;
+                if ((!isBelowShape && !isUnderShape) || first == last) middle.Set(middle.At(x, y));
             }
         });
+        const std::uint32_t* from = squares.data();
+        for (int i = 0; i < shape.Words(); ++i, from += 64) {
+            if (shape.Row(y)[i] != 0) distances.SetWord(shape.At(i * 64, y), from);
+        }
+        if (y > 0) marks.Settle(y - 1);
         nearest.swap(nearestAbove);
     }
-    marks.Settle();
+    if (shape.Height() > 0) marks.Settle(shape.Height() - 1);
     SlopeFilter(shape, distances).Apply(middle);
 }
 

@@ -1,25 +1,38 @@
 // How far every pixel of a shape is from the ground, exactly, and which of them lie on the shape's middle.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "raster/skeleton/bit_plane.h"
 
 namespace tarvex::skeleton {
 
-/// The squared distances from the centres of a shape's pixels to the nearest centre of a ground pixel, laid
-/// out as the shape's plane. Pixels of the ground have none.
+/// The squared distances from the centres of a shape's pixels to the nearest centre of a ground pixel. Pixels
+/// of the ground have none. Only words of the plane in which the shape has pixels take memory.
 class DistanceMap {
   public:
-    explicit DistanceMap(const BitPlane& shape)
-        : m_squares(std::make_unique_for_overwrite<std::uint32_t[]>(shape.PositionCount())) {}
+    explicit DistanceMap(const BitPlane& shape);
 
-    std::uint32_t At(Position p) const { return m_squares[p]; }
-    std::uint32_t* From(Position p) { return m_squares.get() + p; }
+    std::uint32_t At(Position p) const { return m_squares[Place(p)]; }
+
+    /// Where what belongs to a pixel of the shape is kept in an array of `PlaceCount()`; pixels of a word are
+    /// kept together.
+    std::size_t Place(Position p) const { return std::size_t{m_places[p >> 6]} + (p & 63); }
+    std::size_t PlaceCount() const { return m_placeCount; }
+
+    /// Takes over the squares of the 64 pixels from `p`, a word's first, on.
+    void SetWord(Position p, const std::uint32_t* squares) {
+        std::copy_n(squares, 64, m_squares.get() + Place(p));
+    }
 
   private:
-    std::unique_ptr<std::uint32_t[]> m_squares;  // pages of ground alone are never touched
+    std::vector<std::uint32_t> m_places;  // of each word's first pixel
+    std::size_t m_placeCount = 0;
+    std::unique_ptr<std::uint32_t[]> m_squares;
 };
 
 /// Fills `distances` for the shape and sets in `middle`, empty and of the same size, the pixels on its medial
