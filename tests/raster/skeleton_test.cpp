@@ -187,7 +187,8 @@ TEST(Skeleton, RunsInTheMiddleFromEndToEndWithoutSpursAtEveryWidthAndSlant) {
                     const DPOINT p{static_cast<double>(x), static_cast<double>(y)};
                     if (std::fabs((p.x - 100.3) * along.x + (p.y - 99.8) * along.y) > 57) continue;
                     const double off = DistanceToSegment(p, a, b);
-                    EXPECT_LE(off, 1.1);
+                    EXPECT_LE(off, radius < 1 ? 1.1 : 0.85);
+                    if (degrees == 0) continue;  // the pixels' choice, the same all along
                     squares += off * off;
                     ++count;
                 }
@@ -196,7 +197,8 @@ TEST(Skeleton, RunsInTheMiddleFromEndToEndWithoutSpursAtEveryWidthAndSlant) {
             MakeRagged(stroke, static_cast<unsigned>(degrees));
             EXPECT_EQ(Ends(Skeleton(stroke)).size(), 2U) << "spurs from a ragged edge";
         }
-        EXPECT_LE(std::sqrt(squares / count), radius < 1 ? 0.5 : 0.4) << "radius " << radius;
+        // A perfect rounding to pixels is 0.26 off.
+        EXPECT_LE(std::sqrt(squares / count), radius < 2 ? 0.45 : 0.3) << "radius " << radius;
     }
 }
 
@@ -265,7 +267,7 @@ TEST(Skeleton, MovesByAPixelAtMostWhenThePictureIsTurnedOrMirrored) {
             EXPECT_LE(FarthestFrom(other, lines), 1.5) << i << " turned by " << how;
         }
     }
-    EXPECT_LE(lopsided, 1) << "of 60: one of two equal branches that are just long enough may be cut";
+    EXPECT_EQ(lopsided, 0);
 }
 
 TEST(Skeleton, OfSimpleShapesIsWhatOneWouldDraw) {

@@ -60,6 +60,23 @@ class BitPlane {
         return Three(left - Down()) | Three(left) << 3 | Three(left + Down()) << 6;
     }
 
+    /// How many set pixels follow a pixel in its row, counted at least up to `most`.
+    int RunAfter(Position p, int most) const {
+        int count = 0;
+        int ones = 64;
+        for (; ones == 64 && count < most; count += ones)
+            ones = std::countr_one(SixtyFour(p + 1 + static_cast<Position>(count)));
+        return count;
+    }
+    /// How many stand before it.
+    int RunBefore(Position p, int most) const {
+        int count = 0;
+        int ones = 64;
+        for (; ones == 64 && count < most; count += ones)
+            ones = std::countl_one(SixtyFour(p - 64 - static_cast<Position>(count)));
+        return count;
+    }
+
     /// Calls `visit` with the position of each set pixel, in scan order.
     template <class Visit>
     void ForEachSet(Visit visit) const {
@@ -78,12 +95,13 @@ class BitPlane {
     /// One word of ground stands before each row; the one before the next row ends this one.
     std::size_t FirstWord(int y) const { return static_cast<std::size_t>(y + 1) * m_words + 1; }
 
-    /// Three pixels from p rightwards.
-    unsigned Three(Position p) const {
+    /// Pixels from p rightwards, the lowest bit first.
+    std::uint64_t SixtyFour(Position p) const {
         const std::uint64_t* word = m_bits.data() + (p >> 6);
         const unsigned shift = p & 63;
-        return static_cast<unsigned>(word[0] >> shift | word[1] << 1 << (63 - shift)) & 7U;
+        return word[0] >> shift | word[1] << 1 << (63 - shift);
     }
+    unsigned Three(Position p) const { return static_cast<unsigned>(SixtyFour(p)) & 7U; }
 
     int m_width;
     int m_height;

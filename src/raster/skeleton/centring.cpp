@@ -41,22 +41,7 @@ class Centring {
         const Window window = m_plane.Around(p);
         if (NeighbourCount(window) != 2) return;
         const auto better = BetterPlace(p, window & ~kCentre);
-        if (!better) return;
-        if (!IsSimple(m_plane.Around(*better))) return;
-        m_plane.Set(*better);
-        if (!IsSimple(m_plane.Around(p)) || NeighbourCount(m_plane.Around(*better)) != 3) {
-            m_plane.Clear(*better);
-            return;
-        }
-        m_plane.Clear(p);
-        bool isThin = true;
-        ForEachNeighbour(m_plane, *better, m_plane.Around(*better),
-                         [&](Position q) { isThin = isThin && !IsNeedless(m_plane.Around(q)); });
-        if (!isThin || IsNeedless(m_plane.Around(*better))) {
-            m_plane.Set(p);
-            m_plane.Clear(*better);
-            return;
-        }
+        if (!better || !MoveInLine(m_plane, p, *better)) return;
         m_open.push_back(*better);
         ForEachNeighbour(m_plane, *better, m_plane.Around(*better),
                          [this](Position q) { m_open.push_back(q); });
@@ -88,6 +73,24 @@ class Centring {
 };
 
 }  // namespace
+
+bool MoveInLine(BitPlane& plane, Position from, Position to) {
+    if (plane.Get(to) || !IsSimple(plane.Around(to))) return false;
+    plane.Set(to);
+    if (!IsSimple(plane.Around(from)) || NeighbourCount(plane.Around(to)) != 3) {
+        plane.Clear(to);
+        return false;
+    }
+    plane.Clear(from);
+    bool isThin = !IsNeedless(plane.Around(to));
+    ForEachNeighbour(plane, to, plane.Around(to),
+                     [&](Position q) { isThin = isThin && !IsNeedless(plane.Around(q)); });
+    if (!isThin) {
+        plane.Set(from);
+        plane.Clear(to);
+    }
+    return isThin;
+}
 
 void CentreLines(BitPlane& plane, const BitPlane& shape, const DistanceMap& distances,
                  std::vector<Position> open) {

@@ -14,4 +14,8 @@ namespace tarvex::skeleton {
 void CentreLines(BitPlane& plane, const BitPlane& shape, const DistanceMap& distances,
                  std::vector<Position> open);
 
+/// Moves the pixel of a line one pixel wide, which has two neighbours, to a place beside it that touches both
+/// and nothing else. False, and nothing moved, where that would change the topology or the line's width.
+bool MoveInLine(BitPlane& plane, Position from, Position to);
+
 }  // namespace tarvex::skeleton

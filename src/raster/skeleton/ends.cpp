@@ -20,7 +20,7 @@ constexpr int kReach = 3;           // pixels that a slope is looked at over
 constexpr double kSteepNear = 0.6;  // the fall of the half width to a neighbour, in pixels a pixel
 constexpr double kSteepFar = 0.52;  // and beyond, where rounding matters less
 constexpr int kMostBack = 3;        // pixels that an end is taken back by
-constexpr std::size_t kRun = 3;     // pixels that tell a line's direction
+constexpr std::size_t kRun = 8;     // pixels that tell a line's direction
 constexpr std::size_t kLeast = 8;   // pixels of a line that it is kept at
 
 class EndSettler {
@@ -133,7 +133,7 @@ class EndSettler {
         return best;
     }
 
-    static constexpr double kAhead = 0.6;  // cosine of the most that a line turns at its end
+    static constexpr double kAhead = 0.8;  // cosine of the most that a line turns at its end
 
     BitPlane& m_plane;
     const BitPlane& m_shape;

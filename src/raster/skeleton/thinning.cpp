@@ -8,8 +8,9 @@
 //
 // Between the axis' pieces the thinning itself finds the way, along the ridge of the distances, since
 // everything lower is gone by then. What results is a pixel or two wide; a second, short thinning takes the
-// axis' own pixels too, except at ends. Then spurs are cut (spurs.h), and the lines' pixels are moved to the
-// middle where they are not (centring.h).
+// axis' own pixels too, except at ends. Then spurs are cut (spurs.h), the lines' pixels are moved to the
+// middle where they are not (centring.h), and ends to where the shape says (ends.h). Where two pixels are in
+// the middle, the line's course decides (ties.h).
 //
 // A pixel not simple at its turn may become so when a neighbour goes. It is marked as waiting then, and asked
 // again whenever a neighbour of it has gone. So every pixel is asked once and then once for each neighbour
@@ -28,6 +29,7 @@
 #include "raster/skeleton/centring.h"
 #include "raster/skeleton/ends.h"
 #include "raster/skeleton/spurs.h"
+#include "raster/skeleton/ties.h"
 
 namespace tarvex::skeleton {
 namespace {
@@ -137,6 +139,7 @@ void Thin(BitPlane& plane, DistanceMap& distances) {
     Peeler(plane, IsNeedless).Peel(lines);
     CentreLines(plane, shape, distances, CutSpurs(plane, middle, distances));
     SettleEnds(plane, shape, distances);
+    SettleTies(plane, shape, distances);
 }
 
 }  // namespace tarvex::skeleton
