@@ -20,8 +20,9 @@
 //
 // The frame of the points is found without most of them: halving stays within the range of what is halved,
 // in rounded arithmetic too, so a piece whose control points lie in the frame cannot widen it. That the order
-// of points and the limits make no difference is clear only for ordinary numbers, well away from the ends of
-// the range, and for pieces that the limits do not reach; others are flattened.
+// of points makes no difference is clear only for ordinary numbers, well away from the ends of the range, and
+// that the limits make none only for segments that do not reach them, or lie in the frame whole; others are
+// flattened.
 #include "bezier/flatten.h"
 
 #include <algorithm>
@@ -159,9 +160,15 @@ class Flatness {
     double m_largestSquare = 0;
 };
 
+/// Distance < GEOMETRY_EPSILON, nearly always without the root.
+bool AreNear(const DPOINT& a, const DPOINT& b) {
+    constexpr double surelyFar = 2 * GEOMETRY_EPSILON * GEOMETRY_EPSILON;
+    const double squared = SquaredDistance(a, b);
+    return squared < surelyFar && std::sqrt(squared) < GEOMETRY_EPSILON;
+}
+
 bool IsStraight(const CBezier& segment) {
-    return !segment.expandStraightLines && Distance(segment.p0, segment.p1) < GEOMETRY_EPSILON &&
-           Distance(segment.p2, segment.p3) < GEOMETRY_EPSILON;
+    return !segment.expandStraightLines && AreNear(segment.p0, segment.p1) && AreNear(segment.p2, segment.p3);
 }
 
 class Flattener {
@@ -231,12 +238,15 @@ bool IsOrdinary(double v) {
     return (size >= kOrdinaryLeast && size <= kOrdinaryMost) || (v == 0 && !std::signbit(v));
 }
 
-bool IsOrdinary(const CBezier& segment, double largestSquare) {
-    const double most = largestSquare * (kOrdinaryLegs * kOrdinaryLegs);
-    bool all = SquaredLegs(WholeOf(segment)).AreAtMost(most);
+bool HasOrdinaryPoints(const CBezier& segment) {
+    bool all = true;
     for (const DPOINT& p : {segment.p0, segment.p1, segment.p2, segment.p3})
         all = all && IsOrdinary(p.x) && IsOrdinary(p.y);
     return all;
+}
+
+bool StaysWithinLimits(const CBezier& segment, double largestSquare) {
+    return SquaredLegs(WholeOf(segment)).AreAtMost(largestSquare * (kOrdinaryLegs * kOrdinaryLegs));
 }
 
 DPOINT PointOf(Lanes lanes) { return {lanes.Lane(0), lanes.Lane(1)}; }
@@ -273,15 +283,19 @@ void IncludeFlattened(const CBezier& segment, PointFrame& frame) {
         frame.Include(segment.p3);
         return;
     }
+    const bool isOrdinary = HasOrdinaryPoints(segment);
+    if (isOrdinary) {
+        frame.Include(segment.p3);
+        if (frame.Holds(segment.p1) && frame.Holds(segment.p2) && frame.Holds(segment.p0)) return;
+    }
     const double largestSquare = Flatness().LargestSquareFor(segment);
-    if (!IsOrdinary(segment, largestSquare)) {
-        std::vector<DPOINT> points;
-        AppendFlattened(segment, points);
-        for (const DPOINT& p : points) frame.Include(p);
+    if (isOrdinary && StaysWithinLimits(segment, largestSquare)) {
+        Widen(frame, segment, largestSquare);
         return;
     }
-    frame.Include(segment.p3);
-    Widen(frame, segment, largestSquare);
+    std::vector<DPOINT> points;
+    AppendFlattened(segment, points);
+    for (const DPOINT& p : points) frame.Include(p);
 }
 
 void CBezier::GetPolyline(CArray<DPOINT, DPOINT>& out) const {

@@ -23,6 +23,11 @@ class PointFrame {
         return p.x >= m_box.left && p.x <= m_box.right && p.y >= m_box.top && p.y <= m_box.bottom;
     }
 
+    /// Whether no side is farther than that from 0.
+    bool IsWithin(double most) const {
+        return m_box.left >= -most && m_box.right <= most && m_box.top >= -most && m_box.bottom <= most;
+    }
+
     DRECT BoxOr(const DRECT& ifEmpty) const { return m_isEmpty ? ifEmpty : m_box; }
 
   private:

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "bezier/flatten.h"
+#include "core/lanes.h"
 #include "tarvex/envelope.h"
 #include "tarvex/polygons.h"
 #include "tarvex/view.h"
@@ -12,10 +13,37 @@ namespace tarvex {
 
 namespace {
 
-void Apply(CView3D& view, DPOINT& p) {
-    view.Transfer(p.x, p.y, 0);
-    p = {view.x(), view.y()};
-}
+/// `CView3D::Transfer` of points with z = 0, both coordinates at once. The sums are Transform3D's, in its
+/// order, without what makes z.
+class PlaneView {
+  public:
+    explicit PlaneView(const CView3D& view)
+        : m_forX(Row(view, 0)),
+          m_forY(Row(view, 1)),
+          m_forZ(Lanes(0.0) * Row(view, 2)),
+          m_shift(Row(view, 3)) {}
+
+    DPOINT Image(const DPOINT& p) {
+        m_last = p;
+        m_isUsed = true;
+        const Lanes sum = Lanes(0.0) + Lanes(p.x) * m_forX + Lanes(p.y) * m_forY + m_forZ + m_shift;
+        return {sum.Lane(0), sum.Lane(1)};
+    }
+    /// Leaves the view as Transfer of these points does: with the last one's image.
+    void Leave(CView3D& view) const {
+        if (m_isUsed) view.Transfer(m_last.x, m_last.y, 0);
+    }
+
+  private:
+    using Lanes = TwoLanes;
+    static Lanes Row(const CView3D& view, int row) { return Lanes::Load(view.mat()[row]); }
+
+    Lanes m_forX, m_forY, m_forZ, m_shift;
+    DPOINT m_last;
+    bool m_isUsed = false;
+};
+
+void Apply(PlaneView& view, DPOINT& p) { p = view.Image(p); }
 
 void Apply(CEnvelop& envelope, DPOINT& p) { p.y = envelope.envelop(p.x, p.y); }
 
@@ -40,11 +68,18 @@ void ApplyToAll(Map& map, COwningList<Element>& list) {
     }
 }
 
+template <class List>
+void TransformAll(CView3D& view, List& list) {
+    PlaneView plane(view);
+    ApplyToAll(plane, list);
+    plane.Leave(view);
+}
+
 }  // namespace
 
-void CPolyPolyDPoint::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
-void CPolyPolyBezier::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
-void COutlines::ApplyTransformation(CView3D& view) { ApplyToAll(view, *this); }
+void CPolyPolyDPoint::ApplyTransformation(CView3D& view) { TransformAll(view, *this); }
+void CPolyPolyBezier::ApplyTransformation(CView3D& view) { TransformAll(view, *this); }
+void COutlines::ApplyTransformation(CView3D& view) { TransformAll(view, *this); }
 
 void CPolyPolyDPoint::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
 void CPolyPolyBezier::ApplyEnvelop(CEnvelop& envelope) { ApplyToAll(envelope, *this); }
@@ -57,7 +92,10 @@ void CPolyPolyBezier::CalcFrame(DRECT& frame, double resolution) const {
         if (contour == nullptr || contour->GetCount() < 2) continue;
         grown.Include(contour->GetAt(0).pt);
         for (int i = 0; i + 1 < contour->GetCount(); ++i) {
-            CBezier segment(contour->GetAt(i), contour->GetAt(i + 1));
+            const BPOINT& from = contour->GetAt(i);
+            const BPOINT& to = contour->GetAt(i + 1);
+            if (HoldsFlattened(grown, from.cp2, to.cp1, to.pt)) continue;
+            CBezier segment(from, to);
             segment.SetResolution(resolution);
             IncludeFlattened(segment, grown);
         }

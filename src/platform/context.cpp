@@ -103,6 +103,23 @@ void* SelectFontLocked(Context& context, void* handle, std::shared_ptr<Font> fon
     return Replace(context.font, handle, std::move(font));
 }
 
+/// Selects an object of whatever kind; null when it is not one to be selected.
+void* SelectLocked(Context& context, void* handle, std::shared_ptr<Object> object) {
+    switch (object->kind) {
+        case Kind::Bitmap:
+            return SelectBitmapLocked(context, handle, std::static_pointer_cast<Bitmap>(std::move(object)));
+        case Kind::Brush:
+            return Replace(context.brush, handle, std::static_pointer_cast<Brush>(std::move(object)));
+        case Kind::Pen:
+            return Replace(context.pen, handle, std::static_pointer_cast<Pen>(std::move(object)));
+        case Kind::Font:
+            return SelectFontLocked(context, handle, std::static_pointer_cast<Font>(std::move(object)));
+        case Kind::Context:
+            break;
+    }
+    return nullptr;
+}
+
 enum class Parting { Delete, Release };
 
 /// Lets go of a context, if this is how its kind is let go of.
@@ -174,15 +191,8 @@ HGDIOBJ SelectObject(HDC dc, HGDIOBJ handle) {
     const auto lock = registry.Lock();
     const auto context = registry.FindLocked<Context>(dc);
     if (context == nullptr) return nullptr;
-    if (auto bitmap = registry.FindLocked<platform::Bitmap>(handle))
-        return platform::SelectBitmapLocked(*context, handle, std::move(bitmap));
-    if (auto brush = registry.FindLocked<Brush>(handle))
-        return platform::Replace(context->brush, handle, std::move(brush));
-    if (auto pen = registry.FindLocked<platform::Pen>(handle))
-        return platform::Replace(context->pen, handle, std::move(pen));
-    if (auto font = registry.FindLocked<platform::Font>(handle))
-        return platform::SelectFontLocked(*context, handle, std::move(font));
-    return nullptr;
+    auto object = registry.FindAnyLocked(handle);
+    return object == nullptr ? nullptr : platform::SelectLocked(*context, handle, std::move(object));
 }
 
 BOOL DeleteObject(HGDIOBJ handle) {

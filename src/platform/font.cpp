@@ -44,17 +44,26 @@ bool IsIdentity(const MAT2& m) {
     return is(m.eM11, 1) && is(m.eM12, 0) && is(m.eM21, 0) && is(m.eM22, 1);
 }
 
-GLYPHMETRICS MetricsOf(const Outline& outline, double advance, int escapement) {
+/// `end` is where the pen goes from the origin.
+GLYPHMETRICS MetricsOf(const std::optional<OutlineBox>& box, const OutlinePoint& end) {
     GLYPHMETRICS metrics{};
-    if (const auto box = BoxOf(outline)) {
+    if (box) {
         metrics.gmptGlyphOrigin = {SaturatingInt(std::floor(box->left)), SaturatingInt(std::ceil(box->top))};
         metrics.gmBlackBoxX = static_cast<UINT>(SaturatingInt(std::ceil(box->right) - std::floor(box->left)));
         metrics.gmBlackBoxY = static_cast<UINT>(SaturatingInt(std::ceil(box->top) - std::floor(box->bottom)));
     }
-    const Outline end = Turned({OutlineContour{OutlinePoint{advance, 0}}}, escapement);
-    metrics.gmCellIncX = ToShort(end[0][0].x);
-    metrics.gmCellIncY = ToShort(end[0][0].y);
+    metrics.gmCellIncX = ToShort(end.x);
+    metrics.gmCellIncY = ToShort(end.y);
     return metrics;
+}
+
+void Draw(const Outline& outline, const std::optional<OutlineBox>& box, const OutlinePoint& end,
+          NativeGlyph& native) {
+    auto bytes = NativeBytes(outline);
+    if (!bytes) return;
+    native.bytes = std::move(*bytes);
+    native.metrics = MetricsOf(box, end);
+    native.isDrawn = true;
 }
 
 const NativeGlyph& FontInUse::Native(UINT character) const {
@@ -63,16 +72,15 @@ const NativeGlyph& FontInUse::Native(UINT character) const {
     native.character.reset();
     native.isDrawn = false;
     const GlyphShape& glyph = m_font->source->Glyph(character);
-    if (!glyph.isBitmap) {
-        const int escapement = m_font->escapement;
-        const bool isLevel = escapement % 3600 == 0;
-        const Outline turned = isLevel ? Outline() : Turned(glyph.outline, escapement);
-        const Outline& outline = isLevel ? glyph.outline : turned;
-        if (auto bytes = NativeBytes(outline)) {
-            native.bytes = std::move(*bytes);
-            native.metrics = MetricsOf(outline, glyph.advance, escapement);
-            native.isDrawn = true;
-        }
+    const OutlinePoint end{glyph.advance, 0};
+    const int escapement = m_font->escapement;
+    if (glyph.isBitmap) {
+        // there is nothing to draw
+    } else if (escapement % 3600 == 0) {
+        Draw(glyph.outline, glyph.box, end, native);
+    } else {
+        const Outline turned = Turned(glyph.outline, escapement);
+        Draw(turned, BoxOf(turned), Turned({OutlineContour{end}}, escapement)[0][0], native);
     }
     native.character = character;
     return native;
@@ -91,7 +99,7 @@ DWORD GlyphOutline(HDC dc, UINT character, UINT format, GLYPHMETRICS& metrics, s
 }
 
 ABCFLOAT WidthsOf(const GlyphShape& glyph) {
-    const auto box = BoxOf(glyph.outline);
+    const auto& box = glyph.box;
     if (!box) return {0, static_cast<float>(glyph.advance), 0};
     return {static_cast<float>(box->left), static_cast<float>(box->right - box->left),
             static_cast<float>(glyph.advance - box->right)};

@@ -30,6 +30,7 @@ struct FontMetrics {
 
 struct GlyphShape {
     Outline outline;
+    std::optional<OutlineBox> box;  ///< around the outline
     double advance = 0;
     bool isBitmap = false;  ///< there is a picture of it, but no outline
 };

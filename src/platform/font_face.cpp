@@ -58,14 +58,16 @@ CellUnits CellOf(FT_Face face) {
 void AppendContour(const FT_Outline& from, int first, int last, Outline& to) {
     const int n = last - first + 1;
     if (n < 2) return;  // a point that other glyphs are hung on
+    const auto index = [&](int i) { return first + (i < n ? i : i - n); };
     const auto point = [&](int i) {
-        const FT_Vector& v = from.points[first + i % n];
+        const FT_Vector& v = from.points[index(i)];
         return OutlinePoint{static_cast<double>(v.x) / kSubpixels, static_cast<double>(v.y) / kSubpixels};
     };
-    const auto tag = [&](int i) { return FT_CURVE_TAG(from.tags[first + i % n]); };
+    const auto tag = [&](int i) { return FT_CURVE_TAG(from.tags[index(i)]); };
     int start = 0;
     while (start < n && tag(start) != FT_CURVE_TAG_ON) ++start;
     OutlineContour contour;
+    contour.reserve(static_cast<std::size_t>(n) + 1);
     if (start == n) {  // quadratic all around: begin midway between the first two controls
         const OutlinePoint a = point(0);
         const OutlinePoint b = point(1);
@@ -94,6 +96,7 @@ void AppendContour(const FT_Outline& from, int first, int last, Outline& to) {
 
 Outline OutlineOf(const FT_Outline& from) {
     Outline outline;
+    outline.reserve(static_cast<std::size_t>(std::max<int>(from.n_contours, 0)));
     int first = 0;
     for (int i = 0; i < from.n_contours; ++i) {
         const int last = from.contours[i];
@@ -147,27 +150,8 @@ class Face {
     }
 
     GlyphShape Load(FT_UInt index) {
-        GlyphShape shape;
-        const FT_Int32 flags = IsScalable() ? FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP : FT_LOAD_DEFAULT;
-        if (FT_Load_Glyph(m_face.get(), index, flags) != 0) return shape;
-        const FT_GlyphSlot slot = m_face->glyph;
-        if (slot->format != FT_GLYPH_FORMAT_OUTLINE) {
-            shape.isBitmap = true;
-            shape.advance = static_cast<double>(slot->advance.x) / kSubpixels * m_stretch;
-            return shape;
-        }
-        double advance = static_cast<double>(slot->linearHoriAdvance) / kFixedOne;
-        if (m_file.isToBeWidened && slot->outline.n_points > 0) {
-            const FT_Pos width = std::lround(m_em * kSubpixels / kWideningPart);
-            FT_Outline_Embolden(&slot->outline, width);
-            advance += static_cast<double>(width) / kSubpixels;
-        }
-        shape.outline = OutlineOf(slot->outline);
-        shape.advance = advance * m_stretch;
-        if (m_stretch == 1 && m_file.slant == 0) return shape;
-        for (OutlineContour& contour : shape.outline) {
-            for (OutlinePoint& p : contour) p.x = (p.x + m_file.slant * p.y) * m_stretch;
-        }
+        GlyphShape shape = LoadShape(index);
+        shape.box = BoxOf(shape.outline);
         return shape;
     }
 
@@ -209,6 +193,31 @@ class Face {
     }
 
   private:
+    GlyphShape LoadShape(FT_UInt index) {
+        GlyphShape shape;
+        const FT_Int32 flags = IsScalable() ? FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP : FT_LOAD_DEFAULT;
+        if (FT_Load_Glyph(m_face.get(), index, flags) != 0) return shape;
+        const FT_GlyphSlot slot = m_face->glyph;
+        if (slot->format != FT_GLYPH_FORMAT_OUTLINE) {
+            shape.isBitmap = true;
+            shape.advance = static_cast<double>(slot->advance.x) / kSubpixels * m_stretch;
+            return shape;
+        }
+        double advance = static_cast<double>(slot->linearHoriAdvance) / kFixedOne;
+        if (m_file.isToBeWidened && slot->outline.n_points > 0) {
+            const FT_Pos width = std::lround(m_em * kSubpixels / kWideningPart);
+            FT_Outline_Embolden(&slot->outline, width);
+            advance += static_cast<double>(width) / kSubpixels;
+        }
+        shape.outline = OutlineOf(slot->outline);
+        shape.advance = advance * m_stretch;
+        if (m_stretch == 1 && m_file.slant == 0) return shape;
+        for (OutlineContour& contour : shape.outline) {
+            for (OutlinePoint& p : contour) p.x = (p.x + m_file.slant * p.y) * m_stretch;
+        }
+        return shape;
+    }
+
     double AverageWidth() const {
         const TT_OS2* const os2 = Os2Of(m_face.get());
         if (os2 != nullptr && os2->xAvgCharWidth > 0 && IsScalable())

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <numbers>
+#include <span>
 #include <utility>
 
 namespace tarvex::platform {
@@ -57,15 +58,16 @@ Cubic Part(const Cubic& whole, double from, double to) {
 template <class Visit>
 void ForEachCurve(const OutlineContour& contour, Visit visit) {
     const std::size_t n = contour.size();
+    const auto wrapped = [n](std::size_t i) { return i < n ? i : i % n; };  // divisions are slow
     OutlinePoint from = contour.front();
     for (std::size_t i = 1; i <= n; ++i) {
-        const OutlinePoint& point = contour[i % n];
+        const OutlinePoint& point = contour[wrapped(i)];
         if (point.kind == PointKind::OnCurve) {
             visit(from, from, point);
             from = point;
             continue;
         }
-        const OutlinePoint& next = contour[(i + 1) % n];
+        const OutlinePoint& next = contour[wrapped(i + 1)];
         const bool isListed = next.kind == PointKind::OnCurve;
         const OutlinePoint end = isListed ? next : Between(point, next, 0.5);
         visit(from, point, end);
@@ -74,9 +76,10 @@ void ForEachCurve(const OutlineContour& contour, Visit visit) {
     }
 }
 
+/// Takes in the curve from `a`, which another curve ends in.
 void Widen(double& least, double& most, double a, double control, double b) {
-    least = std::min({least, a, b});
-    most = std::max({most, a, b});
+    least = std::min(least, b);
+    most = std::max(most, b);
     if ((control - a) * (b - control) >= 0) return;  // on the way from one end to the other
     const double t = (a - control) / (a - 2 * control + b);
     const double extreme = a + t * (2 * (control - a) + t * (a - 2 * control + b));
@@ -87,8 +90,10 @@ void Widen(double& least, double& most, double a, double control, double b) {
 /// Collects the native form and remembers whether everything fitted.
 class NativeWriter {
   public:
+    explicit NativeWriter(const Outline& outline) : m_bytes(MostBytes(outline)) {}
+
     void Polygon(const OutlineContour& contour) {
-        const std::size_t start = m_bytes.size();
+        const std::size_t start = m_size;
         Add(TT_POLYGON_TYPE);  // its place is the size's, which is not known yet
         Add(TT_POLYGON_TYPE);
         Point(contour.front());
@@ -100,39 +105,60 @@ class NativeWriter {
             const bool isCurve = kind == PointKind::Control;
             Add(isCurve ? TT_PRIM_QSPLINE : TT_PRIM_LINE);
             Add(static_cast<WORD>(i - run + (isCurve ? 1 : 0)));
-            for (std::size_t k = run; k < i; ++k) Point(contour[k]);
+            Points(std::span(contour).subspan(run, i - run));
             if (isCurve) Point(contour[i++ % n]);
         }
-        const auto size = static_cast<DWORD>(m_bytes.size() - start);
+        const auto size = static_cast<DWORD>(m_size - start);
         std::memcpy(m_bytes.data() + start, &size, sizeof size);
     }
 
     std::optional<std::vector<std::byte>> Result() && {
         if (!m_fits) return std::nullopt;
+        m_bytes.resize(m_size);
         return std::move(m_bytes);
     }
 
   private:
+    /// As many as there are when each point begins a record.
+    static std::size_t MostBytes(const Outline& outline) {
+        std::size_t most = 0;
+        for (const OutlineContour& contour : outline)
+            most += kPolygonHead + contour.size() * (kCurveHead + sizeof(POINTFX)) + sizeof(POINTFX);
+        return most;
+    }
+
     template <class T>
     void Add(const T& value) {
-        const auto* const bytes = reinterpret_cast<const std::byte*>(&value);
-        m_bytes.insert(m_bytes.end(), bytes, bytes + sizeof value);
+        std::memcpy(m_bytes.data() + m_size, &value, sizeof value);
+        m_size += sizeof value;
     }
 
     FIXED Fixed(double value) {
-        const double raw = std::floor(value * kFixedOne + 0.5);
-        constexpr double most = std::numeric_limits<std::int32_t>::max();
-        if (!(raw >= -most - 1 && raw <= most)) {
+        const double raw = value * kFixedOne + 0.5;
+        constexpr double end = std::numeric_limits<std::int32_t>::max() + 1.0;
+        if (!(raw >= -end && raw < end)) {
             m_fits = false;
             return {};
         }
-        const auto bits = static_cast<std::int32_t>(raw);
+        const auto towardsZero = static_cast<std::int32_t>(raw);
+        const std::int32_t bits = towardsZero - (raw < towardsZero ? 1 : 0);
         return {static_cast<WORD>(bits & 0xFFFF), static_cast<SHORT>(bits >> 16)};
     }
 
-    void Point(const OutlinePoint& p) { Add(POINTFX{Fixed(p.x), Fixed(p.y)}); }
+    void Points(std::span<const OutlinePoint> points) {
+        std::byte* to = m_bytes.data() + m_size;  // out of reach of what is written
+        for (const OutlinePoint& p : points) {
+            const POINTFX point{Fixed(p.x), Fixed(p.y)};
+            std::memcpy(to, &point, sizeof point);
+            to += sizeof point;
+        }
+        m_size += points.size() * sizeof(POINTFX);
+    }
+
+    void Point(const OutlinePoint& p) { Points({&p, 1}); }
 
     std::vector<std::byte> m_bytes;
+    std::size_t m_size = 0;
     bool m_fits = true;
 };
 
@@ -185,7 +211,7 @@ Outline Turned(const Outline& outline, int tenths) {
 }
 
 std::optional<std::vector<std::byte>> NativeBytes(const Outline& outline) {
-    NativeWriter writer;
+    NativeWriter writer(outline);
     for (const OutlineContour& contour : outline) writer.Polygon(contour);
     return std::move(writer).Result();
 }

@@ -7,12 +7,11 @@
 // integers, while a curve's implied end is computed from the unrounded points.
 #include "transform/glyph_parser.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <vector>
-
-#include "core/append.h"
 
 namespace tarvex {
 namespace {
@@ -47,53 +46,50 @@ struct GridPoint {
 
 GridPoint RoundedOf(const RawPoint& p) { return {Rounded(p.x), Rounded(p.y)}; }
 
-/// One contour's points in the making.
+DPOINT PointOf(const GridPoint& p) { return {static_cast<double>(p.x), static_cast<double>(-p.y)}; }
+
+using Nodes = CArray<BPOINT, BPOINT>;
+
+/// Nodes of one contour in the making, y downwards.
 class ContourBuilder {
   public:
-    explicit ContourBuilder(const GridPoint& start) : m_points{start} {}
-
-    void Line(const GridPoint& end) {
-        // Handles on the far ends mark a straight segment until the nodes are cleaned.
-        const GridPoint from = m_points.back();
-        m_points.insert(m_points.end(), {end, from, end});
+    /// There is room for `most` nodes in all.
+    ContourBuilder(const GridPoint& start, int most)
+        : m_nodes(std::make_unique<Nodes>()), m_start(start), m_last(start) {
+        m_nodes->SetSize(most);
+        m_next = m_nodes->GetData();
+        Node(PointOf(start), start);
     }
+
+    void Line(const GridPoint& end) { Segment(end, m_last, end); }
 
     void Quadratic(const GridPoint& control, const GridPoint& end) {
-        const GridPoint from = m_points.back();
-        m_points.push_back({from.x + 2 * (control.x - from.x) / 3, from.y + 2 * (control.y - from.y) / 3});
-        m_points.push_back({control.x + (end.x - control.x) / 3, control.y + (end.y - control.y) / 3});
-        m_points.push_back(end);
+        const GridPoint& from = m_last;
+        Segment({from.x + 2 * (control.x - from.x) / 3, from.y + 2 * (control.y - from.y) / 3},
+                {control.x + (end.x - control.x) / 3, control.y + (end.y - control.y) / 3}, end);
     }
 
-    void Close() {
-        const GridPoint start = m_points.front();
-        if (m_points.back() != start) Line(start);
-    }
-
-    /// The nodes, y downwards: the start once more in front and the last point once more behind make triples
-    /// of control in, anchor and control out.
-    std::vector<BPOINT> Nodes() const {
-        std::vector<BPOINT> nodes(m_points.size() / 3 + 1);
-        const auto point = [this](std::size_t i) {
-            const GridPoint& p = i == 0                ? m_points.front()
-                                 : i > m_points.size() ? m_points.back()
-                                                       : m_points[i - 1];
-            return DPOINT{static_cast<double>(p.x), static_cast<double>(-p.y)};
-        };
-        for (std::size_t i = 0; i < nodes.size(); ++i) {
-            nodes[i].cp1 = point(3 * i);
-            nodes[i].pt = point(3 * i + 1);
-            nodes[i].cp2 = point(3 * i + 2);
-        }
-        for (std::size_t i = 0; i < nodes.size(); ++i) {
-            if (i > 0 && nodes[i].cp1 == nodes[i - 1].pt) nodes[i].cp1 = nodes[i].pt;
-            if (i + 1 < nodes.size() && nodes[i].cp2 == nodes[i + 1].pt) nodes[i].cp2 = nodes[i].pt;
-        }
-        return nodes;
+    /// The contour, closed.
+    std::unique_ptr<Nodes> Finish() && {
+        if (m_last != m_start) Line(m_start);
+        m_nodes->SetSize(static_cast<int>(m_next - m_nodes->GetData()));
+        return std::move(m_nodes);
     }
 
   private:
-    std::vector<GridPoint> m_points;
+    /// A control point at the far end of its segment stands for none.
+    void Segment(const GridPoint& first, const GridPoint& second, const GridPoint& end) {
+        m_next[-1].cp2 = PointOf(first == end ? m_last : first);
+        Node(PointOf(second == m_last ? end : second), end);
+        m_last = end;
+    }
+
+    void Node(const DPOINT& in, const GridPoint& at) { *m_next++ = {in, PointOf(at), PointOf(at)}; }
+
+    std::unique_ptr<Nodes> m_nodes;
+    BPOINT* m_next = nullptr;
+    GridPoint m_start;
+    GridPoint m_last;
 };
 
 void AddLines(std::span<const std::byte> points, ContourBuilder& contour) {
@@ -114,8 +110,9 @@ void AddQuadratics(std::span<const std::byte> points, ContourBuilder& contour) {
     }
 }
 
-/// Walks the records of one polygon.
-void AddRecords(std::span<const std::byte> records, ContourBuilder& contour) {
+/// Calls `visit` with the type and the points' bytes of each record of one polygon that has any.
+template <class Visit>
+void ForEachRecord(std::span<const std::byte> records, Visit visit) {
     while (records.size() >= kCurveHead) {
         const auto type = Read<WORD>(records);
         const auto count = Read<WORD>(records.subspan(sizeof(WORD)));
@@ -123,24 +120,39 @@ void AddRecords(std::span<const std::byte> records, ContourBuilder& contour) {
         if (type != TT_PRIM_LINE && type != TT_PRIM_QSPLINE) continue;
         const std::size_t size =
             std::min(std::size_t{count}, records.size() / sizeof(POINTFX)) * sizeof(POINTFX);
-        (type == TT_PRIM_LINE ? AddLines : AddQuadratics)(records.first(size), contour);
+        visit(type, records.first(size));
         records = records.subspan(size);
     }
+}
+
+/// The nodes that the records ask for, with those of the start and of the closing line.
+std::size_t MostNodes(std::span<const std::byte> records) {
+    std::size_t most = 2;
+    ForEachRecord(records, [&most](WORD type, std::span<const std::byte> points) {
+        const std::size_t count = points.size() / sizeof(POINTFX);
+        most += type == TT_PRIM_LINE || count == 0 ? count : count - 1;
+    });
+    return most;
+}
+
+std::unique_ptr<Nodes> ContourOf(const POINTFX& start, std::span<const std::byte> records) {
+    ContourBuilder contour(RoundedOf(RawOf(start)), static_cast<int>(MostNodes(records)));
+    ForEachRecord(records, [&contour](WORD type, std::span<const std::byte> points) {
+        (type == TT_PRIM_LINE ? AddLines : AddQuadratics)(points, contour);
+    });
+    return std::move(contour).Finish();
 }
 
 }  // namespace
 
 void AppendNativeOutline(std::span<const std::byte> bytes, CPolyPolyBezier& out) {
-    std::vector<std::unique_ptr<CArray<BPOINT, BPOINT>>> contours;
+    std::vector<std::unique_ptr<Nodes>> contours;
+    contours.reserve(4);  // more than most letters have
     while (bytes.size() >= sizeof(TTPOLYGONHEADER)) {
         const auto head = Read<TTPOLYGONHEADER>(bytes);
         if (head.dwType != TT_POLYGON_TYPE || head.cb < sizeof head) break;
         const std::size_t size = std::min<std::size_t>(head.cb, bytes.size());
-        ContourBuilder contour(RoundedOf(RawOf(head.pfxStart)));
-        AddRecords(bytes.first(size).subspan(sizeof head), contour);
-        contour.Close();
-        contours.push_back(std::make_unique<CArray<BPOINT, BPOINT>>());
-        AppendAll(*contours.back(), contour.Nodes());
+        contours.push_back(ContourOf(head.pfxStart, bytes.first(size).subspan(sizeof head)));
         bytes = bytes.subspan(size);
     }
     const int before = out.GetSize();

@@ -296,23 +296,38 @@ void CalcFrameByDefinition(const CPolyPolyBezier& shape, DRECT& frame, double re
     }
 }
 
+bool HasFrameByDefinition(const CPolyPolyBezier& shape, double resolution) {
+    DRECT frame{11, 22, 33, 44}, defined = frame;
+    shape.CalcFrame(frame, resolution);
+    CalcFrameByDefinition(shape, defined, resolution);
+    return SameBits(DPOINT{frame.left, frame.right}, DPOINT{defined.left, defined.right}) &&
+           SameBits(DPOINT{frame.top, frame.bottom}, DPOINT{defined.top, defined.bottom});
+}
+
 TEST(PolyPolyBezier, FrameIsTheBoxOfTheFlattenedContours) {
-    test::ExpectLaw([](const std::vector<std::vector<std::array<std::int8_t, 6>>>& contours, int grain) {
+    constexpr double odd[] = {0, -0.0, 1e-101, -1e-101, 5e-324, -5e-324, 1, 70};
+    test::ExpectLaw([&](const std::vector<std::vector<std::array<std::int8_t, 6>>>& contours, int grain) {
         CPolyPolyBezier shape;
         for (const auto& nodes : contours) {
             Nodes contour;
             for (const auto& n : nodes) {
-                const auto at = [&](std::size_t k) { return DPOINT{n[k] * 1.37, n[k + 1] * 0.71}; };
+                const auto value = [&](std::size_t k) {
+                    return grain % 4 == 0 ? odd[static_cast<unsigned>(n[k]) % 8] : n[k] * 0.71;
+                };
+                const auto at = [&](std::size_t k) { return DPOINT{value(k), value(k + 1)}; };
                 contour.Add({at(0), at(2), at(4)});
             }
             AddTo(shape, std::move(contour));
         }
-        const double resolution = 2 * (1 + std::abs(grain % 20));
-        DRECT frame{11, 22, 33, 44}, defined = frame;
-        shape.CalcFrame(frame, resolution);
-        CalcFrameByDefinition(shape, defined, resolution);
-        RC_ASSERT(frame == defined);
+        RC_ASSERT(HasFrameByDefinition(shape, 2 * (1 + std::abs(grain % 20))));
     });
+    for (const double far : {1e99, 1e101, -1.7e308, kInfinity, kNaN}) {
+        for (const BPOINT& node : {BPOINT{{far, 0}, {1, 2}, {3, 4}}, {{0, 1}, {far, far}, {3, 4}}}) {
+            CPolyPolyBezier shape;
+            AddTo(shape, MakeNodes({{{0, 0}, {0, 0}, {0, far}}, {{9, 9}, {9, -9}, {0, 0}}, node}));
+            EXPECT_TRUE(HasFrameByDefinition(shape, 5)) << far;
+        }
+    }
 }
 
 TEST(PolyPolyBezier, FrameFollowsTheCurveNotItsHandles) {

@@ -291,6 +291,27 @@ TEST(Shapes, TransformingMapsEveryAnchorAndHandle) {
     EXPECT_EQ((DPOINT{view.x(), view.y()}), shape[0][1].cp2) << "the view is left with the last handle";
 }
 
+TEST(Shapes, TransformingIsTheViewsTransferBitForBit) {
+    constexpr double odd[] = {0, -0.0, 1, -1, 1e-320, 1e308, kInfinity, kNaN};
+    test::ExpectLaw([&](const std::array<std::int16_t, 16>& entries, const std::array<std::int16_t, 6>& n) {
+        const auto number = [&](std::int16_t v) { return v % 8 == 0 ? odd[v / 8 & 7] : v / 7.0; };
+        double m[4][4];
+        for (std::size_t i = 0; i < 16; ++i) m[i / 4][i % 4] = number(entries[i]);
+        CView3D view;
+        view.SetMat(m);
+        CPolyPolyDPoint lines;
+        AddTo(lines, Polyline({{number(n[0]), number(n[1])}, {number(n[2]), number(n[3])}}));
+        const std::vector<DPOINT> given = ListOf(lines[0]);
+        lines.ApplyTransformation(view);
+        const double left = view.z();
+        for (std::size_t i = 0; i < given.size(); ++i) {
+            view.Transfer(given[i].x, given[i].y, 0);
+            RC_ASSERT(SameBits(lines[0][static_cast<int>(i)], {view.x(), view.y()}));
+        }
+        RC_ASSERT(SameBits(left, view.z()));
+    });
+}
+
 TEST(Shapes, BendingMapsEveryAnchorAndHandle) {
     CEnvelop envelope;
     envelope.SetEnvelop(kSquare);
