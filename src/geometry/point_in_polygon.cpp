@@ -7,7 +7,12 @@
 // the ray. The crossing's rounding, the one-sided treatment of edge starts and ends, and with them
 // which parts of the boundary count as inside, are what callers rely on; a cleaner test would give other
 // answers on boundaries.
+//
+// The ray's end, and with it the crossings' roundings, depend on the polygon's least x. So the points are
+// gone over once for that, in short runs, and for each run's range of y, which tells the few runs whose edges
+// have to be looked at afterwards.
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 #include "core/rounding.h"
@@ -19,22 +24,69 @@ namespace tarvex {
 
 namespace {
 
+/// Edges from one index up to, but not including, another.
+struct EdgeRun {
+    int first = 0;
+    int end = 0;
+};
+
+/// Runs of edges in order. When there is no room for another, the last one reaches up to its end.
+class EdgeRuns {
+  public:
+    void Add(const EdgeRun& run) {
+        const bool goesOn = m_count > 0 && m_runs[m_count - 1].end == run.first;
+        if (goesOn || m_count == m_runs.size()) {
+            m_runs[m_count - 1].end = run.end;
+        } else {
+            m_runs[m_count++] = run;
+        }
+    }
+    const EdgeRun* begin() const { return m_runs.data(); }
+    const EdgeRun* end() const { return m_runs.data() + m_count; }
+
+  private:
+    std::array<EdgeRun, 32> m_runs;
+    std::size_t m_count = 0;
+};
+
 /// Counts crossings for the polygon whose `n` points `pointAt` delivers.
 template <class PointAt>
 class CrossingCounter {
   public:
-    CrossingCounter(int n, PointAt pointAt, const tagPOINT& p) : m_n(n), m_pointAt(pointAt), m_p(p) {
-        LONG xmin = pointAt(0).x;
-        for (int i = 1; i < n; ++i) xmin = std::min(xmin, pointAt(i).x);
-        m_rayEnd = static_cast<double>(std::int64_t{xmin} - 1);
-    }
+    CrossingCounter(int n, PointAt pointAt, const tagPOINT& p) : m_n(n), m_pointAt(pointAt), m_p(p) {}
 
     bool Odd() {
-        for (int j = 0; j < m_n - 1 && !m_done; ++j) CountEdge(j);
+        const EdgeRuns runs = FindRuns();
+        for (const EdgeRun& run : runs) {
+            for (int j = run.first; j < run.end && !m_done; ++j) CountEdge(j);
+        }
         return m_crossings % 2 != 0;
     }
 
   private:
+    static constexpr int kEdgesOfRun = 64;
+
+    /// Those that are neither above nor below the ray as a whole. Also finds the ray's end.
+    EdgeRuns FindRuns() {
+        EdgeRuns runs;
+        LONG xmin = m_pointAt(0).x;
+        for (int first = 0; first < m_n - 1;) {
+            const int last = first + std::min(kEdgesOfRun, m_n - 1 - first);
+            LONG top = m_pointAt(first).y;
+            LONG bottom = top;
+            for (int i = first + 1; i <= last; ++i) {
+                const tagPOINT p = m_pointAt(i);
+                xmin = std::min(xmin, p.x);
+                top = std::min(top, p.y);
+                bottom = std::max(bottom, p.y);
+            }
+            if (top <= m_p.y && bottom >= m_p.y) runs.Add({first, last});
+            first = last;
+        }
+        m_rayEnd = static_cast<double>(std::int64_t{xmin} - 1);
+        return runs;
+    }
+
     void CountEdge(int j) {
         const tagPOINT a = m_pointAt(j);
         const tagPOINT b = m_pointAt(j + 1);
@@ -79,7 +131,7 @@ class CrossingCounter {
     int m_n;
     PointAt m_pointAt;
     tagPOINT m_p;
-    double m_rayEnd;
+    double m_rayEnd = 0;
     int m_crossings = 0;
     bool m_done = false;
 };
