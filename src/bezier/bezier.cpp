@@ -22,33 +22,43 @@ void CBezier::SetExpandStraightLines(bool value) { expandStraightLines = value; 
 DPOINT CBezier::GetCurvePoint(double t) const {
     if (t == 0) return p0;
     if (t == 1) return p3;
-    const double t2 = t * t;
-    const double w0 = (3 - t) * t2 - 3 * t + 1;
-    const double w1 = ((t - 2) * t2 + t) * 3;
-    const double w2 = 3 * t2 * (1 - t);
-    const double w3 = t2 * t;
-    return {w0 * p0.x + w1 * p1.x + w2 * p2.x + w3 * p3.x, w0 * p0.y + w1 * p1.y + w2 * p2.y + w3 * p3.y};
+    const PointWeights<double> w(t);
+    return {w.w0 * p0.x + w.w1 * p1.x + w.w2 * p2.x + w.w3 * p3.x,
+            w.w0 * p0.y + w.w1 * p1.y + w.w2 * p2.y + w.w3 * p3.y};
 }
 
 namespace {
 
 constexpr double kFirstStep = 0.01;
 constexpr int kFinerPasses = 8;
-constexpr std::size_t kMostSamples = 100;
+/// The parameters of the first scan: from 0 by repeated addition, the last of which exceeds 1.
+constexpr std::array<double, WeighedSamples::kCount> FirstParameters() {
+    std::array<double, WeighedSamples::kCount> values{};
+    for (std::size_t i = 1; i < values.size(); ++i) values[i] = values[i - 1] + kFirstStep;
+    return values;
+}
 
-/// The parameters of a scan: from `lower` by repeated addition. A fine scan, of an interval of at most 20
-/// steps, takes up to 22; the first takes 100, as its last addition exceeds 1.
-struct ScanParameters {
-    constexpr ScanParameters(double lower, double upper, double step) {
-        for (double t = lower; t <= upper && count < kMostSamples; t += step) values[count++] = t;
+constexpr WeighedSamples kFirstScan(FirstParameters().data());
+static_assert(kFirstScan.t.back() < 1 && kFirstScan.t.back() + kFirstStep > 1);
+
+/// The parameters of a fine scan, of an interval of at most 20 steps: from `lower` by repeated addition, up
+/// to
+/// 22. They are stored by twos, as they are read, which need not wait for memory then.
+struct FineParameters {
+    static constexpr std::size_t kMost = 24;
+
+    FineParameters(double lower, double upper, double step) {
+        for (double t = lower; t <= upper && count + 2 <= kMost;) {
+            const double next = t + step;
+            TwoLanes::Of(t, next).Store(values.data() + count);
+            count += next <= upper ? 2 : 1;
+            t = next + step;
+        }
     }
 
-    std::array<double, kMostSamples> values;
+    std::array<double, kMost> values;
     std::size_t count = 0;
 };
-
-constexpr ScanParameters kFirstScan(0, 1, kFirstStep);
-static_assert(kFirstScan.count == 100 && kFirstScan.values[99] < 1 && kFirstScan.values[99] + kFirstStep > 1);
 
 /// The nearest of all samples so far.
 class NearestSample {
@@ -58,30 +68,43 @@ class NearestSample {
     /// Takes the first of the samples at the least distance, if that is less than before. Roots are
     /// monotonic, so the least square has the least root; different squares can have one root, though, and
     /// then the earlier sample counts.
-    void Scan(const ScanParameters& t) {
-        std::array<double, kMostSamples> squares;
+    void Scan(const FineParameters& t) {
+        std::array<double, FineParameters::kMost> squares;
         SquaredDistances(m_curve, m_p, t.values.data(), t.count, squares.data());
-        const double least = Least(squares.data(), t.count);
+        Take(t.values.data(), squares.data(), t.count);
+    }
+    void Scan(const WeighedSamples& samples) {
+        std::array<double, WeighedSamples::kCount> squares;
+        SquaredDistances(m_curve, m_p, samples, squares.data());
+        Take(samples.t.data(), squares.data(), squares.size());
+    }
+
+    double Parameter() const { return m_t; }
+
+  private:
+    void Take(const double* t, const double* squares, std::size_t count) {
+        const double least = Least(squares, count);
         const double distance = std::sqrt(least);
         if (!(distance < m_distance)) return;
         const double sameRoot = least * (1 + 0x1p-50);  // none above has this root
         std::size_t k = 0;
         while (!(squares[k] <= sameRoot && std::sqrt(squares[k]) <= distance)) ++k;
         m_distance = distance;
-        m_t = t.values[k];
+        m_t = t[k];
     }
 
-    double Parameter() const { return m_t; }
-
-  private:
     /// Infinity when none is a number.
     static double Least(const double* squares, std::size_t count) {
-        TwoLanes least(std::numeric_limits<double>::infinity());
-        std::size_t k = 0;
-        for (; k + 2 <= count; k += 2) least = Lesser(TwoLanes::Load(squares + k), least);
-        double one = std::min(least.Lane(0), least.Lane(1));
-        if (k < count && squares[k] < one) one = squares[k];
-        return one;
+        TwoLanes one(std::numeric_limits<double>::infinity()), other = one;
+        const std::size_t rest = count % 4;
+        for (std::size_t k = 0; k < count - rest; k += 4) {
+            one = Lesser(TwoLanes::Load(squares + k), one);
+            other = Lesser(TwoLanes::Load(squares + k + 2), other);
+        }
+        one = Lesser(one, other);
+        double least = std::min(one.Lane(0), one.Lane(1));
+        for (std::size_t k = count - rest; k < count; ++k) least = squares[k] < least ? squares[k] : least;
+        return least;
     }
 
     const CBezier& m_curve;
@@ -100,7 +123,7 @@ double CBezier::_GetCurveT(const DPOINT& p) const {
         const double lower = std::max(0.0, nearest.Parameter() - step);
         const double upper = std::min(1.0, nearest.Parameter() + step);
         step /= 10;
-        nearest.Scan(ScanParameters(lower, upper, step));
+        nearest.Scan(FineParameters(lower, upper, step));
     }
     return nearest.Parameter();
 }

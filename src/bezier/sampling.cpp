@@ -91,12 +91,10 @@ struct CurveInLanes {
 
     /// The points at these parameters, as CBezier::GetCurvePoint computes them inside the segment.
     std::pair<V, V> At(V t) const {
-        const V one{1.0}, two{2.0}, three{3.0};
-        const V t2 = t * t;
-        const V w0 = (three - t) * t2 - three * t + one;
-        const V w1 = ((t - two) * t2 + t) * three;
-        const V w2 = three * t2 * (one - t);
-        const V w3 = t2 * t;
+        const PointWeights<V> w(t);
+        return Weighed(w.w0, w.w1, w.w2, w.w3);
+    }
+    std::pair<V, V> Weighed(V w0, V w1, V w2, V w3) const {
         return {w0 * x0 + w1 * x1 + w2 * x2 + w3 * x3, w0 * y0 + w1 * y1 + w2 * y2 + w3 * y3};
     }
 
@@ -138,6 +136,23 @@ void SquaredDistances(const CBezier& curve, const DPOINT& p, const double* t, st
     });
     if (t[0] == 0) squares[0] = SquaredDistance(curve.p0, p);
     if (t[count - 1] == 1) squares[count - 1] = SquaredDistance(curve.p3, p);
+}
+
+void SquaredDistances(const CBezier& curve, const DPOINT& p, const WeighedSamples& samples, double* squares) {
+    using Lanes = Doubled<TwoLanes>;
+    static_assert(WeighedSamples::kCount % Lanes::kCount == 0);
+    const CurveInLanes<Lanes> inLanes(curve);
+    const Lanes px{p.x}, py{p.y};
+    const auto load = [](const auto& weights, std::size_t i) { return Lanes::Load(weights.data() + i); };
+    for (std::size_t i = 0; i < WeighedSamples::kCount; i += Lanes::kCount) {
+        const auto [x, y] = inLanes.Weighed(load(samples.w0, i), load(samples.w1, i), load(samples.w2, i),
+                                            load(samples.w3, i));
+        const Lanes dx = x - px;
+        const Lanes dy = y - py;
+        (dx * dx + dy * dy).Store(squares + i);
+    }
+    if (samples.t.front() == 0) squares[0] = SquaredDistance(curve.p0, p);
+    if (samples.t.back() == 1) squares[WeighedSamples::kCount - 1] = SquaredDistance(curve.p3, p);
 }
 
 double CBezier::GetL(int n) const {
