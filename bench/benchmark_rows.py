@@ -82,7 +82,7 @@ SEGMENTS = [
     Row("nearest point, exact", "bezier_bench", "NearestPoint", "NearestPointPeer", (1,), "",
         "26 halvings or so of a polygon, each waiting for the one before", mark=1.0),
     Row("nearest point, by scanning", "bezier_bench", "NearestPointByScan", "NearestPointPeer", (1,), "",
-        "the rule prescribes 268 points of the curve, in nine rounds", mark=1.0),
+        "the rule prescribes 268 points of the curve, in nine rounds that wait for one another", mark=1.0),
 ]
 
 CLIPPING = []
@@ -135,18 +135,19 @@ SHAPES = [
     Row("break-up of an ornament", "breakup_bench", "Ornament/{}", None, (632, 2000), "px",
         "junctions, each looked at with its surroundings", square=True),
     Row("a font's glyphs to outlines", "glyph_bench", "Outlines/{}", "PeerOutlines/{}", (10, 100, 1000), "glyphs",
-        "each call makes and selects a font and a context, and rounds, raises and places curves; the peer only hands "
-        "out the font's points", mark=2.0),
+        "each call makes and selects a font and a context, and rounds, raises, frames and places curves, in many small "
+        "steps; the peer only hands out the font's points", mark=2.0),
     Row("convex hull", "geometry_bench", "Hull/{}", "PeerHull/{}", TO_A_MILLION, "points",
         "sorting what the first quadrilateral leaves", mark=1.0),
     Row("point in polygon", "geometry_bench", "Contains/{}", "PeerContains/{}", TO_A_MILLION, "points",
-        "one pass over the points", mark=1.0),
+        "one pass over the points, several at a time; edges only where the ray is reached", mark=1.0),
     Row("closest point of a polyline", "geometry_bench", "Closest/{}", "PeerClosest/{}", TO_A_MILLION, "points",
         "memory: a box for each segment, and roots only for those near", mark=1.0),
     Row("storing an archive", "archive_bench", "Store/{}", "PeerMemcpy/{}", MILLION, "nodes",
-        "new memory, touched for the first time", mark=1.5),
+        "new memory, touched for the first time; what fits into the caches is copied twice, to clear paddings",
+        mark=1.5),
     Row("loading an archive", "archive_bench", "Load/{}", "PeerMemcpy/{}", MILLION, "nodes",
-        "new memory, touched for the first time", mark=1.5),
+        "new memory, touched for the first time; in the caches, clearing paddings", mark=1.5),
     Row("offset of a coastline by one side's length", "offset_bench", "OffsetCoastline/{}/1000", None,
         (1500, 15000, 120000), "points", "the sweep that finds where the raw offset crosses itself"),
     Row("offset of a coastline by ten sides' length", "offset_bench", "OffsetCoastline/{}/10000", None,
