@@ -12,12 +12,20 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <optional>
 
+#include "core/lanes.h"
 #include "shaping/clip/double_double.h"
 
 namespace tarvex::clip {
 namespace {
+
+/// Both coordinates of a vector, or two numbers that go the same way, side by side.
+using Pair = TwoParts<TwoLanes>;
+
+TwoLanes At(const Point& p) { return TwoLanes::Of(p.x, p.y); }
+TwoLanes Exchanged(TwoLanes v) { return TwoLanes::Of(v.Lane(1), v.Lane(0)); }
+TwoLanes Size(TwoLanes v) { return Greater(v, TwoLanes(0) - v); }
 
 struct Box {
     double left, right, bottom, top;
@@ -40,8 +48,9 @@ bool Precedes(const Segment& e, const Segment& f) {
 /// The power of two that brings coordinates whose products could overflow or vanish near to 1; 0 if
 /// there are none.
 int NeededScale(const Segment& e, const Segment& f) {
-    double size = 0;
-    for (const Point& p : {e.a, e.b, f.a, f.b}) size = std::max({size, std::fabs(p.x), std::fabs(p.y)});
+    const TwoLanes sizes =
+        Greater(Greater(Size(At(e.a)), Size(At(e.b))), Greater(Size(At(f.a)), Size(At(f.b))));
+    const double size = std::max(sizes.Lane(0), sizes.Lane(1));
     if (size > 0x1p-200 && size < 0x1p200) return 0;
     int exponent = 0;
     std::frexp(size, &exponent);
@@ -71,57 +80,62 @@ Point LineCrossing(const Segment& e, const Segment& f) {
 
 /// h * l + h * l, the products that a product of two numbers leaves out when only their high parts are
 /// multiplied; that of the low parts is beyond what counts.
-double Mixed(const DoubleDouble& a, const DoubleDouble& b) { return a.high * b.low + a.low * b.high; }
+TwoLanes Mixed(const Pair& a, const Pair& b) { return a.high * b.low + a.low * b.high; }
 
-/// a * b - c * d, and the sum of the products' sizes.
-struct CrossProduct {
-    DoubleDouble value;
-    double size = 0;
+/// a.x * f.y - a.y * f.x and b.x * f.y - b.y * f.x, and the sums of the products' sizes.
+struct CrossProducts {
+    Pair value;
+    TwoLanes size;
 
-    CrossProduct(const DoubleDouble& a, const DoubleDouble& b, const DoubleDouble& c, const DoubleDouble& d) {
-        const DoubleDouble left = Product(a.high, b.high);
-        const DoubleDouble right = Product(c.high, d.high);
-        const DoubleDouble high = Difference(left.high, right.high);
-        value = Sum(high.high, high.low + ((left.low - right.low) + (Mixed(a, b) - Mixed(c, d))));
-        size = std::fabs(left.high) + std::fabs(right.high);
+    CrossProducts(const Pair& a, const Pair& b, const Pair& f) {
+        const Pair turned{Exchanged(f.high), Exchanged(f.low)};
+        const Pair ofA = Product(a.high, turned.high);
+        const Pair ofB = Product(b.high, turned.high);
+        const TwoLanes mixedA = Mixed(a, turned);
+        const TwoLanes mixedB = Mixed(b, turned);
+        const auto lefts = [](TwoLanes u, TwoLanes v) { return TwoLanes::Of(u.Lane(0), v.Lane(0)); };
+        const auto rights = [](TwoLanes u, TwoLanes v) { return TwoLanes::Of(u.Lane(1), v.Lane(1)); };
+        const Pair left{lefts(ofA.high, ofB.high), lefts(ofA.low, ofB.low)};
+        const Pair right{rights(ofA.high, ofB.high), rights(ofA.low, ofB.low)};
+        const TwoLanes mixed = lefts(mixedA, mixedB) - rights(mixedA, mixedB);
+        const Pair high = Difference(left.high, right.high);
+        value = Sum(high.high, high.low + ((left.low - right.low) + mixed));
+        size = Size(left.high) + Size(right.high);
     }
 };
 
-/// A double to which everything within the error of a sum rounds, or NaN when there is none.
-double RoundedFor(const DoubleDouble& sum, double error) {
-    const bool sure = sum.high + (sum.low + error) == sum.high && sum.high + (sum.low - error) == sum.high;
-    return sure ? sum.high : std::numeric_limits<double>::quiet_NaN();
-}
-
-/// What LineCrossing gives, in half the time, or NaN in a coordinate that this cannot tell for sure.
-Point QuickLineCrossing(const Segment& e, const Segment& f) {
+/// What LineCrossing gives, in half the time, where it is sure of both coordinates.
+std::optional<Point> QuickLineCrossing(const Segment& e, const Segment& f) {
     constexpr double relativeError = 0x1p-96;
     constexpr double underflow = 0x1p-440;  // of products, divided by no less than 2^-400
-    const DoubleDouble ex = Difference(e.b.x, e.a.x);
-    const DoubleDouble ey = Difference(e.b.y, e.a.y);
-    const DoubleDouble fx = Difference(f.b.x, f.a.x);
-    const DoubleDouble fy = Difference(f.b.y, f.a.y);
-    const CrossProduct over(Difference(f.a.x, e.a.x), fy, Difference(f.a.y, e.a.y), fx);
-    const CrossProduct under(ex, fy, ey, fx);
-    const double divisor = std::fabs(under.value.high);
-    if (!(divisor > 0x1p-400 && divisor > 0x1p-60 * under.size)) {
-        constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-        return {nan, nan};
-    }
-    const double t = over.value.high / under.value.high;
-    const DoubleDouble product = Product(t, under.value.high);
-    const double rest =
-        ((over.value.high - product.high) - product.low) + (over.value.low - t * under.value.low);
-    const double tLow = rest / under.value.high;
-    const double tSize = std::fabs(t) + (over.size + std::fabs(t) * under.size) / divisor;
-    const auto along = [&](double start, const DoubleDouble& way) {
-        const DoubleDouble move = Product(t, way.high);
-        const DoubleDouble high = Sum(start, move.high);
-        const double low = high.low + (move.low + (t * way.low + tLow * way.high));
-        const double size = std::fabs(start) + tSize * std::fabs(way.high);
-        return RoundedFor(Sum(high.high, low), relativeError * size + underflow);
-    };
-    return {along(e.a.x, ex), along(e.a.y, ey)};
+    const Pair way = Difference(At(e.b), At(e.a));
+    const CrossProducts cross(Difference(At(f.a), At(e.a)), way, Difference(At(f.b), At(f.a)));
+    const DoubleDouble over{cross.value.high.Lane(0), cross.value.low.Lane(0)};
+    const DoubleDouble under{cross.value.high.Lane(1), cross.value.low.Lane(1)};
+    const double overSize = cross.size.Lane(0);
+    const double underSize = cross.size.Lane(1);
+    const double divisor = std::fabs(under.high);
+    if (!(divisor > 0x1p-400 && divisor > 0x1p-60 * underSize)) return std::nullopt;
+    const double t = over.high / under.high;
+    const DoubleDouble product = Product(t, under.high);
+    const double rest = ((over.high - product.high) - product.low) + (over.low - t * under.low);
+    const double tLow = rest * (1 / under.high);  // a division that need not wait for the first one
+    const double tSize = std::fabs(t) + (overSize + std::fabs(t) * underSize) / divisor;
+
+    const Pair move = Product(TwoLanes(t), way.high);
+    const Pair high = Sum(At(e.a), move.high);
+    const TwoLanes low = high.low + (move.low + (TwoLanes(t) * way.low + TwoLanes(tLow) * way.high));
+    const TwoLanes size = Size(At(e.a)) + TwoLanes(tSize) * Size(way.high);
+    const TwoLanes error = TwoLanes(relativeError) * size + TwoLanes(underflow);
+    const Pair sum = Sum(high.high, low);
+    const TwoLanes most = sum.high + (sum.low + error);
+    const TwoLanes least = sum.high + (sum.low - error);
+    const Point result{sum.high.Lane(0), sum.high.Lane(1)};
+    // All within the error must round to the same doubles.
+    const bool sureX = most.Lane(0) == result.x && least.Lane(0) == result.x;
+    const bool sureY = most.Lane(1) == result.y && least.Lane(1) == result.y;
+    if (!sureX || !sureY) return std::nullopt;
+    return result;
 }
 
 bool IsUpright(const Segment& e) { return e.a.x == e.b.x; }
@@ -130,13 +144,13 @@ bool IsLevel(const Segment& e) { return e.a.y == e.b.y; }
 Point Crossing(const Segment& e, const Segment& f) {
     if (IsUpright(e) && IsLevel(f)) return {e.a.x, f.a.y};
     if (IsLevel(e) && IsUpright(f)) return {f.a.x, e.a.y};
-    const Segment& first = Precedes(e, f) ? e : f;
-    const Segment& second = Precedes(e, f) ? f : e;
+    const bool inOrder = Precedes(e, f);
+    const Segment& first = inOrder ? e : f;
+    const Segment& second = inOrder ? f : e;
     const int scale = NeededScale(e, f);
     if (scale == 0) {
-        const Point quick = QuickLineCrossing(first, second);
-        const bool sure = !std::isnan(quick.x) && !std::isnan(quick.y);
-        return sure ? quick : LineCrossing(first, second);
+        const std::optional<Point> quick = QuickLineCrossing(first, second);
+        return quick ? *quick : LineCrossing(first, second);
     }
     const Point p = LineCrossing(Scaled(first, scale), Scaled(second, scale));
     return {std::ldexp(p.x, -scale), std::ldexp(p.y, -scale)};

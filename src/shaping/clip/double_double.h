@@ -4,28 +4,39 @@
 
 namespace tarvex::clip {
 
-struct DoubleDouble {
-    double high = 0;
-    double low = 0;
+/// The parts of one number, or of several side by side when `Number` is lanes of doubles.
+template <class Number>
+struct TwoParts {
+    Number high{};
+    Number low{};
 };
 
-inline DoubleDouble Sum(double a, double b) {
-    const double sum = a + b;
-    const double bPart = sum - a;
+using DoubleDouble = TwoParts<double>;
+
+template <class Number>
+TwoParts<Number> Sum(Number a, Number b) {
+    const Number sum = a + b;
+    const Number bPart = sum - a;
     return {sum, (a - (sum - bPart)) + (b - bPart)};
 }
 
-inline DoubleDouble Difference(double a, double b) { return Sum(a, -b); }
+template <class Number>
+TwoParts<Number> Difference(Number a, Number b) {
+    const Number difference = a - b;
+    const Number bPart = difference - a;
+    return {difference, (a - (difference - bPart)) - (b + bPart)};
+}
 
-inline DoubleDouble Product(double a, double b) {
-    constexpr double splitter = 134217729;  // 2^27 + 1
-    const double aBig = splitter * a;
-    const double aHigh = aBig - (aBig - a);
-    const double aLow = a - aHigh;
-    const double bBig = splitter * b;
-    const double bHigh = bBig - (bBig - b);
-    const double bLow = b - bHigh;
-    const double product = a * b;
+template <class Number>
+TwoParts<Number> Product(Number a, Number b) {
+    const Number splitter = 134217729;  // 2^27 + 1
+    const Number aBig = splitter * a;
+    const Number aHigh = aBig - (aBig - a);
+    const Number aLow = a - aHigh;
+    const Number bBig = splitter * b;
+    const Number bHigh = bBig - (bBig - b);
+    const Number bLow = b - bHigh;
+    const Number product = a * b;
     return {product, aLow * bLow - (((product - aHigh * bHigh) - aLow * bHigh) - aHigh * bLow)};
 }
 

@@ -112,6 +112,7 @@ class Sweep {
     void Announce();
     void Replace();
     void Finish(std::int32_t item, std::int32_t atVertex);
+    std::int32_t NewItem();
     std::int32_t AddItem(const Item& item);
     void Drop(std::int32_t item);
     std::int32_t AddVertex(const Point& p);
@@ -424,7 +425,7 @@ void Sweep::Announce() {
 /// that crosses the sweep line now.
 std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
     if (inexact && !m_moved && Turn(At(item).a, At(item).b, at) != 0) m_moved = true;
-    const Item whole = At(item);
+    const Item& whole = At(item);
     if (Same(at, m_at) && whole.state == State::active) {
         const std::int32_t place = whole.place;
         LeaveAtEvent(item);
@@ -440,15 +441,16 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
         return item;
     }
     if (Before(m_at, at) && Before(at, whole.b)) {
-        Item first = whole;
+        const std::int32_t number = NewItem();
+        Item& first = At(number);
+        Item& rest = At(item);
+        first = rest;
         first.b = at;
         first.follower = item;
-        Item& rest = At(item);
         rest.a = at;
         rest.place = none;
         rest.aVertex = none;
         rest.state = State::waiting;
-        const std::int32_t number = AddItem(first);
         if (first.state == State::active) m_status.SetPiece(first.place, number);
         if (m_announced == none) {
             m_announced = number;
@@ -461,23 +463,23 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
     m_moved = m_tangled = true;
     if (!Before(m_at, at)) {  // rounded to a point the sweep has passed
         const std::int32_t vertex = AddVertex(at);
-        Item past = whole;
-        past.b = at;
+        m_pieces.push_back({whole.aVertex, vertex, whole.edge, whole.parity, 0});
         At(item).a = at;
         At(item).aVertex = vertex;
-        m_pieces.push_back({past.aVertex, vertex, past.edge, past.parity, 0});
         return item;
     }
     // An almost horizontal piece whose cutting point rounded to a point later than its end.
+    const Point end = whole.b;
+    const std::int32_t follower = whole.follower;
     Item beyond = whole;
-    beyond.a = whole.b;
+    beyond.a = end;
     beyond.b = at;
     beyond.follower = none;
     beyond.place = none;
     beyond.aVertex = none;
     beyond.state = State::waiting;
-    const std::int32_t number = AddItem(beyond);
-    Push(whole.b, number, whole.follower);
+    const std::int32_t number = AddItem(beyond);  // which may move the other items
+    Push(end, number, follower);
     Push(at, number, item);
     At(item).b = at;
     At(item).follower = none;
@@ -531,15 +533,20 @@ void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
 
 /// Numbers are used again, so that memory stays near what is active. An event that still names a former
 /// item does no harm: what starts or ends at its point now has been or will be announced there anyway.
-std::int32_t Sweep::AddItem(const Item& item) {
+std::int32_t Sweep::NewItem() {
     if (!m_free.empty()) {
         const std::int32_t number = m_free.back();
         m_free.pop_back();
-        At(number) = item;
         return number;
     }
     const std::int32_t number = NextNumber(m_items);
-    m_items.push_back(item);
+    m_items.emplace_back();
+    return number;
+}
+
+std::int32_t Sweep::AddItem(const Item& item) {
+    const std::int32_t number = NewItem();
+    At(number) = item;
     return number;
 }
 
@@ -556,11 +563,12 @@ std::int32_t Sweep::AddVertex(const Point& p) {
     return number;
 }
 
-/// For all that will come if the rest of the input cuts as much as what is done, so that the output is
-/// copied once or twice on its way, and not each time that it has doubled.
+/// For all that will come if the rest of the input cuts half as much again as what is done, so that the
+/// output is seldom copied on its way: fresh memory costs more than the copying. What is reserved and not
+/// used is never touched.
 void Sweep::MakeRoom() {
     const double done = static_cast<double>(m_nextVertex + 1) / static_cast<double>(m_input.vertices.size());
-    const double growth = std::clamp(1.1 / done, 2.0, 8.0);
+    const double growth = std::clamp(1.7 / done, 2.0, 20.0);
     const auto grown = [growth](std::size_t size) {
         return static_cast<std::size_t>(growth * static_cast<double>(size)) + 16;
     };
