@@ -12,7 +12,7 @@
 // only cut where no rounding was needed (at vertices on edges, along overlaps, in crossings that are
 // doubles) is final at once. So is the first run when the pieces as they were moved still lie as it took
 // them to lie: the second would then only repeat it, and a look at each vertex and its neighbours says so
-// (order_log.cpp). So the answer is exact for edges that were moved by roundings, never an
+// (order_check.cpp). So the answer is exact for edges that were moved by roundings, never an
 // approximate answer for edges that were not. In a run that moved something the order in the status can
 // be wrong; the run then only has to keep every piece's ends, so that the boundaries stay closed.
 //
@@ -44,7 +44,7 @@
 #include "shaping/clip/crossing.h"
 #include "shaping/clip/event_queue.h"
 #include "shaping/clip/incidence.h"
-#include "shaping/clip/order_log.h"
+#include "shaping/clip/order_check.h"
 #include "shaping/clip/predicates.h"
 #include "shaping/clip/snap.h"
 #include "shaping/clip/sort_vertices.h"
@@ -71,7 +71,7 @@ class Sweep {
     /// Whether nothing was moved: then the output is final, sides included.
     bool Run();
     /// Whether another run would find nothing to cut, although something was moved.
-    bool Holds() const { return !m_tangled && m_ordered && m_log.Holds(m_vertices); }
+    bool Holds() const { return !m_tangled && m_ordered && m_order.Holds(); }
     /// The pieces and vertices after the run.
     void Take(Arrangement& output);
 
@@ -91,7 +91,7 @@ class Sweep {
         std::int32_t follower = none;  ///< the piece of the same edge that starts where this one ends
         std::int32_t aVertex = none;
         std::int32_t edge = 0;
-        std::int32_t logged = none;  ///< its number in the log, once it is active
+        std::int32_t beside = none;  ///< the vertices found beside it since it became active
         std::uint8_t parity = 0;
         std::uint8_t left = 0;
         State state = State::waiting;
@@ -111,6 +111,7 @@ class Sweep {
     void LeaveAtEvent(std::int32_t item);
     void Announce();
     void Replace();
+    bool EndsPair() const;
     void Finish(std::int32_t item, std::int32_t atVertex);
     std::int32_t NewItem();
     std::int32_t AddItem(const Item& item);
@@ -146,7 +147,7 @@ class Sweep {
 
     bool m_moved = false;    ///< some piece was not cut exactly
     bool m_tangled = false;  ///< and was met again in a place or order that it should not have
-    OrderLog m_log;
+    OrderCheck m_order;
     bool m_ordered = true;  ///< the output's vertices are in sweep order
     std::vector<Point> m_vertices;
     std::vector<Piece> m_pieces;
@@ -159,7 +160,6 @@ Sweep::Sweep(const Arrangement& input)
       m_itemOf(input.pieces.size(), none) {
     m_vertices.reserve(input.vertices.size());
     m_pieces.reserve(input.pieces.size());
-    m_log.Reserve(input.vertices.size(), input.pieces.size());
 }
 
 bool Sweep::Run() {
@@ -284,6 +284,7 @@ void Sweep::LeaveAtEvent(std::int32_t item) {
     Item rest = At(item);
     rest.a = m_at;
     rest.place = none;
+    rest.beside = none;
     rest.state = State::joining;
     // The item keeps its number for the part that goes on, because events name it; its place goes to the part
     // that leaves.
@@ -450,6 +451,7 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
         rest.a = at;
         rest.place = none;
         rest.aVertex = none;
+        rest.beside = none;
         rest.state = State::waiting;
         if (first.state == State::active) m_status.SetPiece(first.place, number);
         if (m_announced == none) {
@@ -477,6 +479,7 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
     beyond.follower = none;
     beyond.place = none;
     beyond.aVertex = none;
+    beyond.beside = none;
     beyond.state = State::waiting;
     const std::int32_t number = AddItem(beyond);  // which may move the other items
     Push(end, number, follower);
@@ -488,17 +491,18 @@ std::int32_t Sweep::Cut(std::int32_t item, const Point& at, bool inexact) {
 
 /// Exchanges in the status what leaves for what joins.
 void Sweep::Replace() {
+    if (m_moved && EndsPair()) m_order.Fail();
     for (const std::int32_t item : m_leaving) Finish(item, m_atVertex);
     std::int32_t place = m_firstPlace;
     std::int32_t last = m_leftPlace;
     std::uint8_t side = 0;
-    std::int32_t loggedLeft = none;
     if (m_leftPlace != none) {
-        const Item& l = At(m_status.PieceAt(m_leftPlace));
+        Item& l = At(m_status.PieceAt(m_leftPlace));
         side = l.left ^ l.parity;
-        loggedLeft = l.logged;
+        m_order.Note(l.beside, OrderCheck::Side::right, m_atVertex);
     }
-    m_log.AddVertex(loggedLeft, m_rightPlace == none ? none : At(m_status.PieceAt(m_rightPlace)).logged);
+    if (m_rightPlace != none)
+        m_order.Note(At(m_status.PieceAt(m_rightPlace)).beside, OrderCheck::Side::left, m_atVertex);
     std::size_t left = m_leaving.size();
     for (const std::int32_t item : m_joining) {
         if (left > 0) {
@@ -512,7 +516,6 @@ void Sweep::Replace() {
         Item& i = At(item);
         i.place = last;
         i.state = State::active;
-        i.logged = m_log.Start();
         i.left = side;
         side ^= i.parity;
     }
@@ -523,9 +526,24 @@ void Sweep::Replace() {
     }
 }
 
+/// Whether two neighbours that end at the event have started together, too.
+bool Sweep::EndsPair() const {
+    std::int32_t place = m_firstPlace;
+    std::int32_t before = none;
+    for (std::size_t i = 0; i < m_leaving.size(); ++i, place = m_status.Right(place)) {
+        const std::int32_t start = At(m_status.PieceAt(place)).aVertex;
+        if (start == before) return true;
+        before = start;
+    }
+    return false;
+}
+
 void Sweep::Finish(std::int32_t item, std::int32_t atVertex) {
     const Item& i = At(item);
-    m_log.End(i.logged, atVertex);
+    if (m_moved)
+        m_order.Check(i.beside, {i.a, i.b}, m_vertices);
+    else
+        m_order.Release(i.beside);  // so far everything is exact, and in order
     if (m_pieces.size() == m_pieces.capacity()) MakeRoom();
     m_pieces.push_back({i.aVertex, atVertex, i.edge, i.parity, i.left});
     Drop(item);
@@ -574,7 +592,6 @@ void Sweep::MakeRoom() {
     };
     m_vertices.reserve(grown(m_vertices.size()));
     m_pieces.reserve(grown(m_pieces.size()));
-    m_log.Reserve(m_vertices.capacity(), m_pieces.capacity());
 }
 
 void Sweep::Push(const Point& at, std::int32_t first, std::int32_t second) {
