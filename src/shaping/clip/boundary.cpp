@@ -70,7 +70,7 @@ class Tracer {
     const std::vector<Point>& m_vertices;
     std::vector<Link> m_links;
     std::vector<std::int32_t> m_leaving;   ///< the link that leaves each vertex, none, or several
-    std::vector<std::int32_t> m_position;  ///< of a vertex in the walk, or none
+    std::vector<std::int32_t> m_position;  ///< of a knot in the walk, or none
     std::vector<Step> m_walk;
     std::vector<Step> m_steps;
     std::vector<Loop> m_loops;
@@ -144,15 +144,18 @@ void Tracer::JoinAt(std::int32_t vertex, std::span<Spoke> around) {
     }
 }
 
-/// Follows the links from one back to itself, and closes a loop whenever a vertex comes again.
+/// Follows the links from one back to itself, and closes a loop whenever a vertex comes again: a knot, or
+/// the one where the walk began.
 void Tracer::Walk(std::int32_t link) {
     while (m_links[Index(link)].next != none) {
         Link& l = m_links[Index(link)];
-        if (m_position[Index(l.from)] == none) {
-            m_position[Index(l.from)] = static_cast<std::int32_t>(m_walk.size());
+        const bool knot = IsKnot(l.from);
+        if (!knot || m_position[Index(l.from)] == none) {
+            if (knot) m_position[Index(l.from)] = static_cast<std::int32_t>(m_walk.size());
             m_walk.push_back({l.from, l.edge});
         }
-        const std::int32_t reached = m_position[Index(l.to)];
+        const std::int32_t start = l.to == m_walk.front().vertex ? 0 : none;
+        const std::int32_t reached = IsKnot(l.to) ? m_position[Index(l.to)] : start;
         if (reached != none) Close(Index(reached), {l.to, l.edge});
         link = std::exchange(l.next, none);
     }
@@ -161,10 +164,11 @@ void Tracer::Walk(std::int32_t link) {
 void Tracer::Close(std::size_t from, const Step& arrival) {
     Loop loop{m_steps.size(), m_walk.size() - from, arrival.vertex, arrival.vertex};
     for (std::size_t i = from; i < m_walk.size(); ++i) {
-        loop.lowest = std::min(loop.lowest, m_walk[i].vertex);
-        loop.highest = std::max(loop.highest, m_walk[i].vertex);
+        const std::int32_t vertex = m_walk[i].vertex;
+        loop.lowest = std::min(loop.lowest, vertex);
+        loop.highest = std::max(loop.highest, vertex);
         m_steps.push_back(m_walk[i]);
-        m_position[Index(m_walk[i].vertex)] = none;
+        if (IsKnot(vertex)) m_position[Index(vertex)] = none;
     }
     m_walk.resize(from);
     m_loops.push_back(loop);
