@@ -98,10 +98,10 @@ class Gradients : public pugi::xml_tree_walker {
         const auto kind = KindOf(node);
         const std::string_view id = node.attribute("id").value();
         if (!kind || id.empty()) return true;
-        Entry& entry = m_entries.try_emplace(id).first->second;
-        entry = {*kind, ReferredId(node), std::nullopt};
+        const auto [place, isNew] = m_entries.try_emplace(id, Entry{*kind, ReferredId(node), std::nullopt});
+        if (!isNew) return true;  // an id that stands twice is the first element's
         if (const std::vector<Stop> stops = StopsOf(node); !stops.empty())
-            entry.means = Means{MeanOf(stops, Kind::linear), MeanOf(stops, Kind::radial)};
+            place->second.means = Means{MeanOf(stops, Kind::linear), MeanOf(stops, Kind::radial)};
         return true;
     }
 
