@@ -19,7 +19,7 @@
 namespace tarvex {
 namespace {
 
-constexpr double kLeastLookBack = 5;    ///< of points, for a direction out of pixels
+constexpr double kLeastLookBack = 8;    ///< of points, for a direction out of pixels
 constexpr double kWidthLookBack = 1.5;  ///< in half widths
 constexpr double kStraightness = 0.75;  ///< how far an end edge may stray from straight
 constexpr double kSquareness = 0.6;     ///< least sine between an end edge and the line's direction

@@ -77,6 +77,28 @@ TEST(BreakUpShape, TakesIslandsAndHolesApart) {
     }
 }
 
+TEST(BreakUpShape, RunsBothRailsToTheTipsOfAStar) {
+    const std::vector<DPOINT> corners{{100, 19},    {121.2, 74.9}, {180.8, 77.7}, {134.2, 115.1},
+                                      {150, 172.8}, {100, 140},    {50, 172.8},   {65.8, 115.1},
+                                      {19.2, 77.7}, {78.8, 74.9},  {100, 19}};
+    CPolyPolyBezier outlines;
+    test::Nodes star;
+    for (const DPOINT& p : corners) star.Add(test::Corner(p.x, p.y));
+    test::AddTo(outlines, std::move(star));
+    const auto islands = BreakUpShape(outlines, {});
+    ASSERT_EQ(islands.size(), 1U);
+    for (std::size_t i = 0; i + 1 < corners.size(); i += 2) {
+        const auto isAtTip = [&](const DPOINT& p) {
+            return std::hypot(p.x - corners[i].x, p.y - corners[i].y) < 1e-6;
+        };
+        const auto runsThere = [&](const StitchRegion& region) {
+            return (isAtTip(region.first.front()) && isAtTip(region.second.front())) ||
+                   (isAtTip(region.first.back()) && isAtTip(region.second.back()));
+        };
+        EXPECT_EQ(std::count_if(islands[0].regions.begin(), islands[0].regions.end(), runsThere), 1) << i;
+    }
+}
+
 TEST(BreakUpShape, SpacesInclinationsAsAsked) {
     CPolyPolyBezier outlines;
     test::TraceShape(test::FixedShapes()[0], outlines);  // a bar 160 long
