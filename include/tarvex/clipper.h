@@ -58,8 +58,9 @@ TARVEX_API void AddClipContour(ClipPolygon& polygon, const ClipContour& contour,
 ///   side is outside is a hole (1), at any depth. Outer contours have positive area (counter-clockwise
 ///   with y upwards), holes negative.
 /// - A contour starts at its lowest vertex (smallest y, then smallest x); the contours stand in the
-///   order in which a line moving towards larger y leaves them. Vertices in the middle of a straight
-///   input edge, where some other edge that bounds nothing ended, are left out.
+///   order in which a line moving towards larger y leaves them, those that have both their highest and
+///   their lowest vertex in common from left to right. Vertices in the middle of a straight input edge,
+///   where some other edge that bounds nothing ended, are left out.
 /// Exchanging the operands of a symmetric operation gives the same result, bit for bit.
 ///
 /// The operands: with no contour at all in the subject, difference and intersection are empty; without

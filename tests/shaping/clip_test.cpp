@@ -296,6 +296,15 @@ TEST(Clip, WhatTouchesInAPointStaysApartAndWhatSharesAnEdgeIsOne) {
     }
 }
 
+TEST(Clip, ContoursBetweenTheSameTwoVerticesComeFromLeftToRightHoweverTheyWereFound) {
+    const std::vector<DPOINT> left{{0, 0}, {1, 4}, {4, 6}, {-2, 4}}, right{{0, 0}, {4, 2}, {4, 6}};
+    const std::vector<DPOINT> below{{-9, 1}, {-8, 1}, {-2, 4}};  // touches the left one, and is found first
+    const Result expected{{below, false}, {left, false}, {right, false}};
+    EXPECT_EQ(ClipSets(kUnion, {right, left}, {below}), expected);
+    EXPECT_EQ(ClipSets(kUnion, {below, left}, {right}), expected);
+    EXPECT_EQ(ClipSets(2, {left}, {right}), (Result{{left, false}, {right, false}}));
+}
+
 TEST(Clip, ThousandsOfEdgesThroughOnePointMeetThereOnce) {
     ContourSet ties;  // of edges from (x, y) to (1 - 2x, 1 - 2y), which all meet in (1/3, 1/3), no double
     for (int x = -1000; x < 1000; x += 2) {

@@ -42,6 +42,7 @@ struct Step {
 struct Loop {
     std::size_t first = 0;  ///< among the steps of all loops
     std::size_t count = 0;
+    std::size_t start = 0;  ///< the lowest vertex's place among them
     std::int32_t lowest = 0;
     std::int32_t highest = 0;
 };
@@ -61,6 +62,7 @@ class Tracer {
     void JoinLinks();
     void JoinAt(std::int32_t vertex, std::span<Spoke> around);
     std::vector<Loop> InSweepOrder() const;
+    bool StartsLeftOf(const Loop& loop, const Loop& other) const;
     bool IsKnot(std::int32_t vertex) const { return m_leaving[Index(vertex)] == several; }
     void Walk(std::int32_t link);
     void Close(std::size_t from, const Step& arrival);
@@ -162,9 +164,10 @@ void Tracer::Walk(std::int32_t link) {
 }
 
 void Tracer::Close(std::size_t from, const Step& arrival) {
-    Loop loop{m_steps.size(), m_walk.size() - from, arrival.vertex, arrival.vertex};
+    Loop loop{m_steps.size(), m_walk.size() - from, 0, arrival.vertex, arrival.vertex};
     for (std::size_t i = from; i < m_walk.size(); ++i) {
         const std::int32_t vertex = m_walk[i].vertex;
+        if (vertex < loop.lowest) loop.start = i - from;
         loop.lowest = std::min(loop.lowest, vertex);
         loop.highest = std::max(loop.highest, vertex);
         m_steps.push_back(m_walk[i]);
@@ -177,9 +180,7 @@ void Tracer::Close(std::size_t from, const Step& arrival) {
 Contour Tracer::Finished(const Loop& loop) const {
     const Step* const steps = m_steps.data() + loop.first;
     const std::size_t count = loop.count;
-    const auto start = static_cast<std::size_t>(
-        std::find_if(steps, steps + count, [&loop](const Step& s) { return s.vertex == loop.lowest; }) -
-        steps);
+    const std::size_t start = loop.start;
     const auto at = [=](std::size_t i) -> const Step& {
         return steps[i + start < count ? i + start : i + start - count];
     };
@@ -200,7 +201,17 @@ Contour Tracer::Finished(const Loop& loop) const {
     return contour;
 }
 
-/// The loops by their highest vertices, and then by their lowest; brought together by counting too.
+/// Whether the first edge of a loop lies to the left of that of another from the same vertex.
+bool Tracer::StartsLeftOf(const Loop& loop, const Loop& other) const {
+    const auto second = [this](const Loop& l) -> const Point& {
+        return At(m_steps[l.first + (l.start + 1) % l.count].vertex);
+    };
+    return Turn(At(loop.lowest), second(other), second(loop)) > 0;
+}
+
+/// The loops by their highest vertices, and then by their lowest, and from left to right where both are the
+/// same: an order that is seen from the loops alone, however they were found. Brought together by counting
+/// too.
 std::vector<Loop> Tracer::InSweepOrder() const {
     std::vector<std::int32_t> first(m_vertices.size() + 1);
     for (const Loop& loop : m_loops) ++first[Index(loop.highest)];
@@ -215,7 +226,9 @@ std::vector<Loop> Tracer::InSweepOrder() const {
         const auto at = [&ordered](std::size_t k) {
             return ordered.begin() + static_cast<std::ptrdiff_t>(k);
         };
-        std::stable_sort(at(begin), at(i), [](const Loop& l, const Loop& m) { return l.lowest < m.lowest; });
+        std::sort(at(begin), at(i), [this](const Loop& l, const Loop& m) {
+            return l.lowest != m.lowest ? l.lowest < m.lowest : StartsLeftOf(l, m);
+        });
     }
     return ordered;
 }

@@ -19,7 +19,7 @@ struct Contour {
 using Region = bool[4];
 
 /// The boundary of the region, in contours that meet no vertex twice, each from its lowest vertex, in
-/// the order in which the sweep leaves them.
+/// the order in which the sweep leaves them, and from left to right between the same two vertices.
 std::vector<Contour> TraceBoundary(const Arrangement& arrangement, const Region& region);
 
 }  // namespace tarvex::clip
