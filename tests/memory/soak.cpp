@@ -24,7 +24,8 @@ constexpr int ROUNDS = 300;
 constexpr int ROUNDS = 10000;
 #endif
 
-/// Bytes that the process has from the system's allocator; 0 where that cannot be told.
+/// Bytes that the process has from the system's allocator; 0 where that cannot be told. Exact only without
+/// glibc's caches of threads, which CTest turns off for these tests.
 std::size_t BytesInUse() {
 #if defined(__GLIBC__) && !defined(TARVEX_IS_SLOW)
     return mallinfo2().uordblks;
