@@ -1,5 +1,6 @@
 // The functions on nodes of contours and what embroidery asks of them, with any coordinates: all of it ends,
 // what is refused is left alone, what is cut hangs together, and measures agree with one another.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -103,7 +104,12 @@ void Measure(Input& input, int kind, const Contour& contour) {
     const double length = GetBezierLength(Span(contour));
     Require(!(length < 0), "no length is negative");
     DRECT frame{};
-    Require(GetBezierFrame(Span(contour), frame) == (contour.GetSize() >= 2), "two nodes have a frame");
+    const auto isSome = [&contour](double DPOINT::*coordinate) {
+        return std::any_of(contour.begin(), contour.end(),
+                           [&](const BPOINT& node) { return !std::isnan(node.pt.*coordinate); });
+    };
+    const bool hasFrame = contour.GetSize() >= 2 && isSome(&DPOINT::x) && isSome(&DPOINT::y);
+    Require(GetBezierFrame(Span(contour), frame) == hasFrame, "two nodes with numbers have a frame");
     Contour turned;
     turned.Copy(contour);
     SwapPoints(turned);

@@ -94,8 +94,8 @@ TARVEX_API void SwapPoints(CArray<BPOINT, BPOINT>& nodes);
 /// how often it is surrounded. 0 for fewer than two nodes.
 TARVEX_API double GetBezierArea(std::span<const BPOINT> nodes);
 
-/// The smallest rectangle around the curve, exactly but for rounding. False, and no change, for fewer than
-/// two nodes. NaN coordinates are passed over.
+/// The smallest rectangle around the curve, exactly but for rounding. NaN coordinates are passed over. False,
+/// and no change, for fewer than two nodes, and when no anchor's x or no anchor's y is a number.
 TARVEX_API bool GetBezierFrame(std::span<const BPOINT> nodes, DRECT& frame);
 
 /// The arc length: of lines exactly, of curves to some 1e-11 of it. NaN when a coordinate is not finite. A

@@ -72,6 +72,17 @@ TEST(ContourMeasures, MeasureCuspsAndLinesThatTurnBack) {
     EXPECT_EQ(CBPointArrayMath(cusp).GetTangent(BPOINTPLACE{0, 0.5}), (DPOINT{0, -1})) << "out of the cusp";
 }
 
+TEST(ContourMeasures, FramesPassOverWhatIsNoNumber) {
+    const double none = std::nan("");
+    DRECT frame{1, 2, 3, 4};
+    EXPECT_TRUE(GetBezierFrame(Corners({{none, 5}, {3, none}, {7, 8}}), frame));
+    EXPECT_EQ(frame, (DRECT{3, 7, 5, 8}));
+    for (const Nodes& nodes :
+         {Corners({{none, 5}, {none, 6}}), Corners({{5, none}, {6, none}}), Corners({{5, 6}})})
+        EXPECT_FALSE(GetBezierFrame(nodes, frame));
+    EXPECT_EQ(frame, (DRECT{3, 7, 5, 8})) << "as it was";
+}
+
 TEST(ContourMeasures, FindPlacesByLengthAndBack) {
     test::ExpectLaw(
         [](unsigned seed, bool isClosed, std::uint16_t fraction) {
