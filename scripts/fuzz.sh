@@ -31,14 +31,19 @@ saved_of() { if [ -d "$root/fuzz/corpus/$1" ]; then echo "$root/fuzz/corpus/$1";
 # One target for some seconds; its line says how many inputs it ran and how much of the program they reached.
 fuzz_one() {
     local name=$1 status=0 runs reached saved=() found=$work/corpus/$1 launch=("$programs/$1")
+    mapfile -t saved < <(saved_of "$name")
     if [ -n "$repeatable" ]; then
         found=$work/repeatable/$name
         rm -rf "$found"
         launch+=(-use_cmp=0)
+        # In the order of their names: that of a directory is the file system's own.
+        if [ "${#saved[@]}" -gt 0 ]; then
+            launch+=("-seed_inputs=$(find "${saved[@]}" -type f | LC_ALL=C sort | paste -sd ,)")
+            saved=()
+        fi
         if [ "$repeatable" = wholly ]; then launch=(setarch --addr-no-randomize "${launch[@]}"); fi
     fi
     mkdir -p "$found"
-    mapfile -t saved < <(saved_of "$name")
     "${launch[@]}" -seed=1 -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$work/$name-" "$found" "${saved[@]}" >"$work/$name.log" 2>&1 </dev/null ||
         status=$?
