@@ -162,10 +162,23 @@ void MakeRagged(BitPicture& picture, unsigned seed) {
     }
 }
 
+/// A root mean square.
+class Squares {
+  public:
+    void Add(double v) {
+        m_sum += v * v;
+        ++m_count;
+    }
+    double Root() const { return std::sqrt(m_sum / m_count); }
+
+  private:
+    double m_sum = 0;
+    int m_count = 0;
+};
+
 TEST(Skeleton, RunsInTheMiddleFromEndToEndWithoutSpursAtEveryWidthAndSlant) {
     for (const double radius : {0.8, 1.5, 2.5, 4.2, 9.0, 20.0}) {
-        double squares = 0;
-        int count = 0;
+        Squares all, slanted;
         for (int degrees = 0; degrees < 180; degrees += 13) {
             SCOPED_TRACE(testing::Message() << "radius " << radius << " at " << degrees << " degrees");
             const double turn = degrees * 3.14159265358979 / 180;
@@ -188,20 +201,19 @@ TEST(Skeleton, RunsInTheMiddleFromEndToEndWithoutSpursAtEveryWidthAndSlant) {
                     if (std::fabs((p.x - 100.3) * along.x + (p.y - 99.8) * along.y) > 57) continue;
                     const double off = DistanceToSegment(p, a, b);
                     EXPECT_LE(off, radius < 1 ? 1.1 : 0.85);
-                    if (degrees == 0) continue;  // the pixels' choice, the same all along
-                    squares += off * off;
-                    ++count;
+                    all.Add(off);
+                    if (degrees != 0) slanted.Add(off);
                 }
             }
             if (radius < 4) continue;
             MakeRagged(stroke, static_cast<unsigned>(degrees));
             EXPECT_EQ(Ends(Skeleton(stroke)).size(), 2U) << "spurs from a ragged edge";
         }
-        // A perfect rounding to pixels is 0.26 off.
-        EXPECT_LE(std::sqrt(squares / count), radius < 1   ? 0.45
-                                              : radius < 2 ? 0.4
-                                                           : 0.3)
-            << "radius " << radius;
+        EXPECT_LE(all.Root(), radius < 1 ? 0.5 : 0.4) << "radius " << radius;
+        // Where a level stroke's middle lies between two rows the line is as far off as that; where it
+        // slants, a perfect rounding to pixels is 0.26 off.
+        const double most = radius < 1 ? 0.45 : radius < 2 ? 0.4 : 0.3;
+        EXPECT_LE(slanted.Root(), most) << "radius " << radius;
     }
 }
 
