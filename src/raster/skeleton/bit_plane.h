@@ -136,4 +136,13 @@ void ForEachNeighbour(const BitPlane& plane, Position p, Window window, Visit vi
     }
 }
 
+/// The neighbour of `p`, which has one or two of them, that is not `former`; `p` itself when there is none.
+inline Position Onwards(const BitPlane& plane, Position p, Position former) {
+    Position next = p;
+    ForEachNeighbour(plane, p, plane.Around(p), [&](Position q) {
+        if (q != former) next = q;
+    });
+    return next;
+}
+
 }  // namespace tarvex::skeleton

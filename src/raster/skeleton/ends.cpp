@@ -51,14 +51,9 @@ class EndSettler {
     std::vector<Position> PathFrom(Position end) const {
         std::vector<Position> path{end};
         while (path.size() <= kLeast) {
-            const Window window = m_plane.Around(path.back());
             const int expected = path.size() == 1 ? 1 : 2;
-            if (NeighbourCount(window) != expected) break;
-            Position next = path.back();
-            ForEachNeighbour(m_plane, path.back(), window, [&](Position q) {
-                if (path.size() == 1 || q != path[path.size() - 2]) next = q;
-            });
-            path.push_back(next);
+            if (NeighbourCount(m_plane.Around(path.back())) != expected) break;
+            path.push_back(Onwards(m_plane, path.back(), path[path.size() == 1 ? 0 : path.size() - 2]));
         }
         return path;
     }

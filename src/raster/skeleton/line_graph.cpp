@@ -222,7 +222,7 @@ class GraphBuilder {
         while (Entry(p) == nullptr) {
             m_walked.Set(p);
             path.push_back(p);
-            former = std::exchange(p, Onwards(p, former));
+            former = std::exchange(p, Onwards(m_lines, p, former));
         }
         path.push_back(p);
         AddLine(path, node, *Entry(p));
@@ -232,22 +232,14 @@ class GraphBuilder {
         std::vector<Position> path{start};
         m_walked.Set(start);
         Position former = start;
-        Position p = Onwards(start, start);
+        Position p = Onwards(m_lines, start, start);
         while (p != start) {
             m_walked.Set(p);
             path.push_back(p);
-            former = std::exchange(p, Onwards(p, former));
+            former = std::exchange(p, Onwards(m_lines, p, former));
         }
         path.push_back(start);
         AddLine(path, -1, -1);
-    }
-
-    Position Onwards(Position p, Position former) const {
-        Position next = p;
-        ForEachNeighbour(m_lines, p, m_lines.Around(p), [&](Position q) {
-            if (q != former) next = q;
-        });
-        return next;
     }
 
     void AddLine(const std::vector<Position>& path, int from, int to) {

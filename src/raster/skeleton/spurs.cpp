@@ -57,15 +57,6 @@ class SpurCutter {
 
     bool IsEnd(Position p) const { return NeighbourCount(m_plane.Around(p)) == 1; }
 
-    /// The neighbour of `p`, which has one or two of them, that is not `former`.
-    Position Onwards(Position p, Position former) const {
-        Position next = p;
-        ForEachNeighbour(m_plane, p, m_plane.Around(p), [&](Position q) {
-            if (q != former) next = q;
-        });
-        return next;
-    }
-
     /// Appends the pixels that are to go to `m_spurs`, from the end on: all up to the junction of a branch
     /// that is a spur, else what lies before the first piece that is a line's own.
     void AddSpur(Position end) {
@@ -76,7 +67,7 @@ class SpurCutter {
         int count = 1;
         while (count == 1 ? p == end : count == 2) {
             m_path.push_back(p);
-            const Position next = Onwards(p, former);
+            const Position next = Onwards(m_plane, p, former);
             length += IsDiagonal(p, next) ? kDiagonal : 1;
             former = p;
             p = next;
@@ -203,7 +194,7 @@ class SpurCutter {
                 ends.push_back(p);
                 return;
             }
-            former = std::exchange(p, Onwards(p, former));
+            former = std::exchange(p, Onwards(m_plane, p, former));
         }
     }
 

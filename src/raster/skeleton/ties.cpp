@@ -83,7 +83,7 @@ class TieSettler {
     /// Appends the pixels from `p` on whose runs have that middle, and tells which side the next one's is on:
     /// 1 or -1; 0 for neither.
     int Follow(Position former, Position p, const Middle& middle) {
-        for (; IsInside(p); former = std::exchange(p, Onwards(p, former))) {
+        for (; IsInside(p); former = std::exchange(p, Onwards(m_plane, p, former))) {
             const auto next = MiddleAt(p);
             if (!next || next->step != middle.step) return 0;
             if (next->twice != middle.twice) return next->twice < middle.twice ? -1 : 1;
@@ -92,14 +92,6 @@ class TieSettler {
             m_stretch.push_back(p);
         }
         return 0;
-    }
-
-    Position Onwards(Position p, Position former) const {
-        Position next = p;
-        ForEachNeighbour(m_plane, p, m_plane.Around(p), [&](Position q) {
-            if (q != former) next = q;
-        });
-        return next;
     }
 
     void SettleAround(Position start) {
