@@ -16,7 +16,7 @@ namespace tarvex::app {
 class GradientColours {
   public:
     GradientColours() = default;
-    /// Those of all linear and radial gradients under `root`, in time linear in its size.
+    /// Those of all linear and radial gradients under `root`, in O(n log n) for its n elements.
     explicit GradientColours(const pugi::xml_node& root);
 
     /// The mean of the gradient of that id, with its opacity; of stops alone: along the whole of a linear

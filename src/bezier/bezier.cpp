@@ -31,6 +31,7 @@ namespace {
 
 constexpr double kFirstStep = 0.01;
 constexpr int kFinerPasses = 8;
+
 /// The parameters of the first scan: from 0 by repeated addition, the last of which exceeds 1.
 constexpr std::array<double, WeighedSamples::kCount> FirstParameters() {
     std::array<double, WeighedSamples::kCount> values{};
@@ -42,8 +43,7 @@ constexpr WeighedSamples kFirstScan(FirstParameters().data());
 static_assert(kFirstScan.t.back() < 1 && kFirstScan.t.back() + kFirstStep > 1);
 
 /// The parameters of a fine scan, of an interval of at most 20 steps: from `lower` by repeated addition, up
-/// to
-/// 22. They are stored by twos, as they are read, which need not wait for memory then.
+/// to 22. They are stored by twos, as they are read, which need not wait for memory then.
 struct FineParameters {
     static constexpr std::size_t kMost = 24;
 
