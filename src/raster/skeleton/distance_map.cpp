@@ -357,11 +357,13 @@ class SlopeFilter {
 DistanceMap::DistanceMap(const BitPlane& shape) : m_places(shape.PositionCount() / 64) {
     for (int y = 0; y < shape.Height(); ++y) {
         for (int i = 0; i < shape.Words(); ++i) {
+            if (shape.Row(y)[i] == 0) continue;
             m_places[shape.At(i * 64, y) >> 6] = static_cast<std::uint32_t>(m_placeCount);
-            if (shape.Row(y)[i] != 0) m_placeCount += 64;
+            m_placeCount += 64;
         }
     }
     m_squares = std::make_unique_for_overwrite<std::uint32_t[]>(m_placeCount);
+    std::fill_n(m_squares.get(), 64, 0U);
 }
 
 void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middle) {
@@ -388,9 +390,11 @@ void MeasureShape(const BitPlane& shape, DistanceMap& distances, BitPlane& middl
                 if ((!isBelowShape && !isUnderShape) || first == last) middle.Set(middle.At(x, y));
             }
         });
-        const std::uint32_t* from = squares.data();
+        std::uint32_t* from = squares.data();
         for (int i = 0; i < shape.Words(); ++i, from += 64) {
-            if (shape.Row(y)[i] != 0) distances.SetWord(shape.At(i * 64, y), from);
+            if (shape.Row(y)[i] == 0) continue;
+            distances.SetWord(shape.At(i * 64, y), from);
+            std::fill_n(from, 64, 0U);
         }
         if (y > 0) marks.Settle(y - 1);
         nearest.swap(nearestAbove);

@@ -16,62 +16,19 @@
 // again whenever a neighbour of it has gone. So every pixel is asked once and then once for each neighbour
 // that goes at most.
 //
-// The order is that of the exact squared distances up to 64 pixels and of steps of 1/64 pixel beyond, in
-// which pixels are sorted by counting; equals are taken row by row. The cost is proportional to the pixels of
-// the shape.
+// The order is that of removal_order.h, and the cost is proportional to the pixels of the shape.
 #include "raster/skeleton/thinning.h"
 
-#include <cmath>
-#include <memory>
-#include <utility>
 #include <vector>
 
 #include "raster/skeleton/centring.h"
 #include "raster/skeleton/ends.h"
+#include "raster/skeleton/removal_order.h"
 #include "raster/skeleton/spurs.h"
 #include "raster/skeleton/ties.h"
 
 namespace tarvex::skeleton {
 namespace {
-
-constexpr std::uint32_t kExactSquares = 64 * 64;
-
-/// Grows with the distance; the steps are fine enough to keep lines centred, and few.
-std::uint32_t SortKey(std::uint32_t square) {
-    if (square <= kExactSquares) return square;
-    return static_cast<std::uint32_t>(64 * std::sqrt(static_cast<double>(square)));
-}
-
-/// The pixels of `plane` that are not in `except`, those nearest to the ground first, equals in scan order.
-std::vector<Position> ByDistance(const BitPlane& plane, const DistanceMap& distances,
-                                 const BitPlane* except) {
-    const auto forEach = [&](auto visit) {
-        for (int y = 0; y < plane.Height(); ++y) {
-            for (int i = 0; i < plane.Words(); ++i) {
-                std::uint64_t word = plane.Row(y)[i];
-                if (except != nullptr) word &= ~except->Row(y)[i];
-                for (; word != 0; word &= word - 1) visit(plane.At(i * 64 + std::countr_zero(word), y));
-            }
-        }
-    };
-    std::size_t count = 0;
-    forEach([&count](Position) { ++count; });
-    // Distances lie far apart in memory: looking at each of them once is half the time of sorting.
-    const auto keys = std::make_unique_for_overwrite<std::uint32_t[]>(count);
-    std::vector<std::uint32_t> next(kExactSquares + 1);
-    std::uint32_t* key = keys.get();
-    forEach([&](Position p) {
-        *key = SortKey(distances.At(p));
-        if (*key >= next.size()) next.resize(2 * std::size_t{*key});
-        ++next[*key++];
-    });
-    std::uint32_t sum = 0;
-    for (std::uint32_t& n : next) sum += std::exchange(n, sum);
-    std::vector<Position> sorted(count);
-    key = keys.get();
-    forEach([&](Position p) { sorted[next[*key++]++] = p; });
-    return sorted;
-}
 
 /// Takes pixels away in the order given, and those that waited for them.
 template <class MayGo>
@@ -132,8 +89,8 @@ void Thin(BitPlane& plane, DistanceMap& distances) {
     const BitPlane shape = plane;
     BitPlane middle(plane.Width(), plane.Height());
     MeasureShape(plane, distances, middle);
-    Peeler(plane, IsSimple).Peel(ByDistance(plane, distances, &middle));
-    std::vector<Position> lines = ByDistance(plane, distances, nullptr);
+    Peeler(plane, IsSimple).Peel(RemovalOrder(plane, distances, &middle));
+    std::vector<Position> lines = RemovalOrder(plane, distances, nullptr);
     Peeler(plane, [](Window window) { return IsSimple(window) && !IsEnd(window); }).Peel(lines);
     std::erase_if(lines, [&plane](Position p) { return !plane.Get(p); });
     Peeler(plane, IsNeedless).Peel(lines);
