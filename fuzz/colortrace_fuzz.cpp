@@ -10,6 +10,7 @@
 
 #include "input.h"
 #include "tarvex/colortrace.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex::fuzz {
 namespace {
@@ -71,6 +72,8 @@ std::map<Bits, int> Check(const std::vector<PaintedRegions>& painted, const Pict
             const auto& nodes = regions.outlines[i];
             const int last = nodes.GetUpperBound();
             Require(last >= 1, "a contour has a segment");
+            Require(GetBezierArea({nodes.GetData(), static_cast<std::size_t>(last + 1)}) != 0,
+                    "a contour encloses an area");
             Require(nodes[0].pt.x == nodes[last].pt.x && nodes[0].pt.y == nodes[last].pt.y,
                     "a contour ends where it begins");
             for (const BPOINT& node : nodes) {

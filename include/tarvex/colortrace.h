@@ -51,7 +51,8 @@ struct RegionOptions {
     /// Regions with a border of this many sides of pixels or fewer are given to the neighbour with the
     /// longest common border; a lone pixel has 4, a pair 6. Those without a neighbour are left out.
     int minPoints = 6;
-    /// The farthest a border may run from the pixels' sides, in pixels; 0 chooses it.
+    /// The farthest a border may run from the pixels' sides, in pixels; 0 chooses it. Where all borders of a
+    /// region would run into one line, the longest keeps to its points, so that the region keeps an area.
     double tolerance = 0;
     /// The picture that the labels come from (as many pixels, rows from the top down without gaps, reserved
     /// bytes not read) and the colours of the labels, by which borders are placed to a fraction of a pixel:

@@ -6,10 +6,14 @@
 // the share, interpolated between the two pixels' centres, is one half. A junction moves by as much as the
 // borders that meet there move beside it, so that they arrive without a kink; on the picture's edge it
 // stays on the edge.
+//
+// A region hardly wider than what a curve may be off can be left without area: both its sides become one
+// line. Then its longest border is given back its points.
 #include "raster/contours/border_fit.h"
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "raster/contours/outline_fitter.h"
 
@@ -161,6 +165,20 @@ bool IsSoft(const Placer& placer, const Borders& borders) {
     return soft * 4 > all;
 }
 
+/// Whether the borders around a region, or a hole of it, run into one.
+bool IsCollapsed(const Borders& borders, std::span<const Side> sides) {
+    std::vector<Cubic> path;
+    for (const Side side : sides) borders.AppendCubics(side, path);
+    return !EnclosesArea(*ToContour(path, 1));
+}
+
+/// The lines from each point to the next one.
+std::vector<Cubic> PolylineOf(const std::vector<Crossing>& points) {
+    std::vector<Cubic> lines = PolygonOf(points);
+    lines.erase(lines.begin());
+    return lines;
+}
+
 }  // namespace
 
 bool FitBorders(const RegionMap& map, const RegionOptions& options, Borders& borders) {
@@ -189,6 +207,29 @@ bool FitBorders(const RegionMap& map, const RegionOptions& options, Borders& bor
         border.cubicCount = borders.cubics.size() - border.firstCubic;
     }
     return true;
+}
+
+void KeepAreas(const RegionMap& map, const RegionOptions& options, const Regions& regions, Borders& borders) {
+    const Placer placer(map, options);
+    BorderPoints points(map, placer);
+    for (const Loop& loop : regions.loops) {
+        const std::span sides = std::span(regions.sides).subspan(loop.firstSide, loop.sideCount);
+        std::size_t steps = 0;
+        std::size_t longest = BorderOf(sides.front());
+        for (const Side side : sides) {
+            const std::size_t count = borders.all[BorderOf(side)].stepCount;
+            steps += count;
+            if (count > borders.all[longest].stepCount) longest = BorderOf(side);
+        }
+        const double most = static_cast<double>(steps) * (1 + options.tolerance);
+        if (std::fabs(static_cast<double>(loop.area)) > most || !IsCollapsed(borders, sides)) continue;
+        Border& border = borders.all[longest];
+        const auto& chain = points.Of(borders, longest);
+        const std::vector<Cubic> lines = border.isLoop ? PolygonOf(chain) : PolylineOf(chain);
+        border.firstCubic = borders.cubics.size();
+        border.cubicCount = lines.size();
+        borders.cubics.insert(borders.cubics.end(), lines.begin(), lines.end());
+    }
 }
 
 }  // namespace tarvex::contours

@@ -11,6 +11,9 @@
 // right goes on in the one that turns right the most.
 #include "raster/contours/borders.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace tarvex::contours {
 
 namespace {
@@ -188,6 +191,17 @@ class Finder {
 };
 
 }  // namespace
+
+void Borders::AppendCubics(Side side, std::vector<Cubic>& out) const {
+    const std::span own = CubicsOf(BorderOf(side));
+    if (!IsBackwards(side)) {
+        out.insert(out.end(), own.begin(), own.end());
+        return;
+    }
+    std::transform(own.rbegin(), own.rend(), std::back_inserter(out), [](const Cubic& c) {
+        return Cubic{c.p3, c.p2, c.p1, c.p0};
+    });
+}
 
 Borders FindBorders(const RegionMap& map) { return Finder(map).Find(); }
 

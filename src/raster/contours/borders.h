@@ -61,6 +61,8 @@ struct Borders {
     std::span<const Cubic> CubicsOf(std::size_t border) const {
         return {cubics.data() + all[border].firstCubic, all[border].cubicCount};
     }
+    /// Appends those of a border in the direction of one of its sides.
+    void AppendCubics(Side side, std::vector<Cubic>& out) const;
 };
 
 /// Finds all borders; they have no cubics yet.

@@ -37,8 +37,6 @@ constexpr std::int64_t mostCorners = std::int64_t{1} << 29;
 constexpr double depths[] = {1.25, 0.7, 0.35, 0.15};
 constexpr double thinDepth = 0.7;
 
-Cubic Reversed(const Cubic& c) { return {c.p3, c.p2, c.p1, c.p0}; }
-
 Crossing Direction(Crossing from, Crossing to) {
     const Crossing along = Minus(to, from);
     const double length = Length(along);
@@ -160,11 +158,7 @@ class Painter {
 
     void TakePieces(Side side) {
         m_cubics.clear();
-        for (const Cubic& c : m_borders.CubicsOf(BorderOf(side))) m_cubics.push_back(c);
-        if (IsBackwards(side)) {
-            std::reverse(m_cubics.begin(), m_cubics.end());
-            for (Cubic& c : m_cubics) c = Reversed(c);
-        }
+        m_borders.AppendCubics(side, m_cubics);
         if (m_style != RegionStyle::stacked || !MayCover(m_borders.RightOf(side), m_borders.LeftOf(side))) {
             for (const Cubic& c : m_cubics) m_pieces.push_back({c, 0});
             return;
@@ -291,6 +285,7 @@ std::vector<PaintedRegions> TraceRegions(const LabelView& picture, const RegionO
     Borders borders = FindBorders(map);
     if (!FitBorders(map, options, borders)) return {};
     const Regions regions = FindLoops(map, borders);
+    KeepAreas(map, options, regions, borders);
     const bool isStacked = options.style == RegionStyle::stacked;
     Painter painter(map, borders, regions, options.style);
     std::vector<PaintedRegions> out;

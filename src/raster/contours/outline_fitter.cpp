@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
+
+#include "tarvex/nodes.h"
 
 namespace tarvex::contours {
 
@@ -30,6 +33,15 @@ std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubi
     nodes[0].cp1 = nodes[0].pt;
     nodes[n].cp2 = nodes[n].pt;
     return contour;
+}
+
+bool EnclosesArea(const CArray<BPOINT, BPOINT>& contour) {
+    const std::span nodes(contour.GetData(), static_cast<std::size_t>(contour.GetSize()));
+    DRECT frame;
+    if (!GetBezierFrame(nodes, frame)) return false;
+    const double side = std::max(frame.right - frame.left, frame.bottom - frame.top);
+    constexpr double leastPart = 1e-9;
+    return std::fabs(GetBezierArea(nodes)) > leastPart * side * side;
 }
 
 std::vector<Cubic> PolygonOf(std::span<const Crossing> corners) {

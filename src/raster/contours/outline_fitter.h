@@ -21,6 +21,9 @@ Tuning TuningFor(bool soft, double tolerance);
 /// The closed contour of these segments, each of which begins where the one before it ends.
 std::unique_ptr<CArray<BPOINT, BPOINT>> ToContour(const std::vector<Cubic>& cubics, double scale);
 
+/// Whether a closed contour encloses anything: not so a line there and back.
+bool EnclosesArea(const CArray<BPOINT, BPOINT>& contour);
+
 /// The closed polygon with these corners, in segments, the first of which ends at the first corner.
 std::vector<Cubic> PolygonOf(std::span<const Crossing> corners);
 

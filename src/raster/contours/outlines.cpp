@@ -1,8 +1,6 @@
 // The whole way from grey levels to Bezier contours: enlarge, follow, find corners, fit.
 #include <algorithm>
-#include <cmath>
 #include <memory>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -10,7 +8,6 @@
 #include "raster/contours/level_set.h"
 #include "raster/contours/outline_fitter.h"
 #include "tarvex/contours.h"
-#include "tarvex/nodes.h"
 
 namespace tarvex {
 
@@ -22,21 +19,11 @@ constexpr int largestDetail = 16;
 constexpr std::size_t mostPoints = INT32_MAX / 2;  // of an outline, so that its chain can be indexed
 constexpr int longestSide = INT32_MAX - 2 * ShapeMask::margin;  // so that columns can be counted with it
 
-/// Whether a contour encloses anything: not so a line there and back.
-bool HasArea(const CArray<BPOINT, BPOINT>& contour) {
-    const std::span nodes(contour.GetData(), static_cast<std::size_t>(contour.GetSize()));
-    DRECT frame;
-    if (!GetBezierFrame(nodes, frame)) return false;
-    const double side = std::max(frame.right - frame.left, frame.bottom - frame.top);
-    constexpr double leastPart = 1e-9;
-    return std::fabs(GetBezierArea(nodes)) > leastPart * side * side;
-}
-
 /// The fitted outline, or the polygon of its points where the fit is a line there and back.
 std::unique_ptr<CArray<BPOINT, BPOINT>> OutlineOf(const std::vector<Crossing>& points, OutlineFitter& fitter,
                                                   double scale) {
     auto contour = ToContour(fitter.FitLoop(points), scale);
-    return HasArea(*contour) ? std::move(contour) : ToContour(PolygonOf(points), scale);
+    return EnclosesArea(*contour) ? std::move(contour) : ToContour(PolygonOf(points), scale);
 }
 
 /// Traces a picture that has been enlarged `detail` times; `out` is in the caller's own pixels.

@@ -4,10 +4,12 @@
 #include <array>
 #include <map>
 #include <set>
+#include <span>
 
 #include "support/grey_picture.h"
 #include "support/property.h"
 #include "tarvex/colortrace.h"
+#include "tarvex/nodes.h"
 
 namespace tarvex {
 namespace {
@@ -189,6 +191,25 @@ TEST(TraceRegions, LayersShowEveryRegionAndNoBackground) {
                 }
         },
         100);
+}
+
+TEST(TraceRegions, EveryOutlineEnclosesAnAreaHoweverGenerousTheTolerance) {
+    test::ExpectLaw(
+        [] {
+            const Labels labels = AnyLabels();
+            RegionOptions options;
+            options.style = *rc::gen::element(RegionStyle::cutout, RegionStyle::stacked);
+            options.minPoints = 0;
+            options.tolerance = *rc::gen::element(0.0, 1.0, 4.0, 50.0);
+            for (const PaintedRegions& regions : TraceRegions(labels.View(), options)) {
+                for (int i = 0; i < regions.outlines.GetSize(); ++i) {
+                    const auto& nodes = regions.outlines[i];
+                    const std::span contour(nodes.GetData(), static_cast<std::size_t>(nodes.GetSize()));
+                    RC_ASSERT(std::fabs(GetBezierArea(contour)) > 0.01);
+                }
+            }
+        },
+        150);
 }
 
 TEST(TraceRegions, BordersRunWhereSmoothedEdgesSay) {
