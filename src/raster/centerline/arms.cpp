@@ -25,9 +25,9 @@ std::vector<double> MeasureAlong(const Line& line) {
     return lengths;
 }
 
-double AngleBetween(DPOINT a, DPOINT b) { return std::atan2(std::fabs(a.x * b.y - a.y * b.x), Dot(a, b)); }
-
 }  // namespace
+
+double AngleBetween(DPOINT a, DPOINT b) { return std::atan2(std::fabs(a.x * b.y - a.y * b.x), Dot(a, b)); }
 
 double TurnBetween(const Arm& a, const Arm& b) {
     if (a.isShort && b.isShort) return kShortTurn;

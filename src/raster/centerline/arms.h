@@ -21,6 +21,9 @@ struct Arm {
     DPOINT tip{};          // a short one's free end
 };
 
+/// The angle between two directions, in radians.
+double AngleBetween(DPOINT a, DPOINT b);
+
 /// The angle, in radians, by which a stroke that goes in by one arm and out by the other turns at worst.
 double TurnBetween(const Arm& a, const Arm& b);
 

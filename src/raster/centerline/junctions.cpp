@@ -18,7 +18,8 @@
 // choice of pairs is found by trying all, the cheap ones first, without those that cannot beat the best known
 // (and no more than a fixed number, which in a tangle leaves a good choice instead of the best).
 //
-// An arm left over runs on straight to the stroke that passes, or where none does its line stays as it was.
+// An arm left over runs on straight to the stroke that passes. Where none does, all arms of a junction end
+// where they meet if they do so in one point, and else their lines stay as they were.
 #include "raster/centerline/junctions.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@
 #include <numeric>
 
 #include "core/rounding.h"
+#include "raster/centerline/meeting.h"
 
 namespace tarvex::centerline {
 namespace {
@@ -172,9 +174,12 @@ class PairSearch {
 
 class Mender {
   public:
-    Mender(ArmGraph& graph, const skeleton::BitPlane& shape) : m_graph(graph), m_shape(shape) {}
+    Mender(ArmGraph& graph, const skeleton::BitPlane& shape)
+        : m_graph(graph), m_shape(shape), m_isMended(static_cast<std::size_t>(graph.NodeCount())) {}
 
     void Run() {
+        for (int i = 0; i < m_graph.NodeCount(); ++i)
+            m_isMended[static_cast<std::size_t>(i)] = Gather(ClusterOf(i));
         for (Cluster& cluster : FindClusters()) Mend(cluster);
     }
 
@@ -182,10 +187,20 @@ class Mender {
     // -----------------------------------------------------------------------------------------
     // Clusters
 
+    bool IsMended(int node) const { return m_isMended[static_cast<std::size_t>(node)]; }
+
+    /// A junction by itself.
+    Cluster ClusterOf(int node) const {
+        Cluster cluster{{node}, {}, {}};
+        for (const Arm& arm : m_graph.ArmsAt(node)) cluster.arms.push_back(m_graph.Cut(arm));
+        return cluster;
+    }
+
     /// How long a line between two junctions is in terms of their discs; nothing for other lines.
     std::optional<double> BridgeLength(int i) const {
         const Line& line = m_graph.LineAt(i);
         if (line.IsClosed() || line.from == line.to || m_graph.IsDropped(i)) return std::nullopt;
+        if (IsMended(line.from) || IsMended(line.to)) return std::nullopt;
         const std::size_t from = m_graph.ArmsAt(line.from).size();
         const std::size_t to = m_graph.ArmsAt(line.to).size();
         if (std::min(from, to) < 2 || std::max(from, to) < 3) return std::nullopt;
@@ -220,7 +235,7 @@ class Mender {
         std::vector<Cluster> clusters;
         std::vector<std::size_t> place(count, count);  // of a leader's cluster
         for (int i = 0; i < m_graph.NodeCount(); ++i) {
-            if (m_graph.ArmsAt(i).size() < 2) continue;
+            if (m_graph.ArmsAt(i).size() < 2 || IsMended(i)) continue;
             std::size_t& at = place[find(i)];
             if (at == count) {
                 at = clusters.size();
@@ -339,6 +354,7 @@ class Mender {
     // Decisions
 
     void Mend(const Cluster& cluster) {
+        if (cluster.nodes.size() > 1 && Gather(cluster)) return;
         const std::vector<Pair> pairs = PairsOf(cluster);
         std::vector<bool> isDone(cluster.arms.size());
         std::vector<Passing> passing;
@@ -387,6 +403,36 @@ class Mender {
 
     static bool IsAmong(const std::vector<int>& lines, int line) {
         return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+
+    /// Lets all arms that leave a cluster end in one point if they run into one and none goes on in another.
+    /// The two that turn the least are the sides of a corner.
+    bool Gather(const Cluster& cluster) {
+        std::vector<Arm> arms;
+        for (const Arm& arm : cluster.arms) {
+            if (!IsAmong(cluster.bridges, arm.line)) arms.push_back(arm);
+        }
+        if (arms.size() < 3) return false;
+        const auto meeting = FindMeeting(m_graph, arms);
+        if (!meeting || meeting->turn < kMostTurn) return false;
+        std::vector<Passing> within;
+        for (const Arm& arm : meeting->arms) {
+            if (!CanReach(arm, meeting->at)) return false;
+            const double length = Distance(arm.at, meeting->at);
+            for (double along = 0; along < length; along += 1)
+                within.push_back({Minus(arm.at, Times(arm.towards, along)), arm.towards, arm.radius});
+        }
+        const auto isInside = [](const Passing& stroke, double) { return stroke.radius + 1; };
+        if (!std::all_of(cluster.bridges.begin(), cluster.bridges.end(),
+                         [&](int bridge) { return LiesUnder(within, bridge, isInside); }))
+            return false;
+        for (const Arm& arm : meeting->arms)
+            m_graph.EndAt(arm.line, arm.atEnd) = {arm, -1, false, meeting->at};
+        const auto& [a, b] = meeting->sides;
+        m_graph.EndAt(a.line, a.atEnd) = {a, b.line, b.atEnd, meeting->at};
+        m_graph.EndAt(b.line, b.atEnd) = {b, a.line, a.atEnd, meeting->at};
+        for (const int bridge : cluster.bridges) m_graph.Drop(bridge);
+        return true;
     }
 
     /// An arm left over, among lines of which some are about to be dropped.
@@ -485,6 +531,7 @@ class Mender {
 
     ArmGraph& m_graph;
     const skeleton::BitPlane& m_shape;
+    std::vector<bool> m_isMended;  // of nodes by themselves
     int m_stepsLeft = kAllSteps;
 };
 
