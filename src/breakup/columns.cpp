@@ -26,6 +26,7 @@ constexpr double kSquareness = 0.6;     ///< least sine between an end edge and 
 constexpr double kLeastChord = 3;       ///< shorter ones have no direction to speak of
 constexpr double kReach = 3;            ///< how far the end may be, in half widths
 constexpr double kCutReach = 1.4;       ///< and how far a cut that ends the region
+constexpr double kCutSquareness = 0.4;  ///< least sine between such a cut and the line's direction
 
 /// A place on a closed boundary by edge and part of it, comparable along a walk.
 struct Spot {
@@ -150,7 +151,7 @@ class Splitter {
             if (m_cuts[i] < 0) continue;
             const DPOINT edge = Minus(End(i), Start(i));
             const double length = Length(edge);
-            if (!(length > 0) || CrossProduct(tail.ahead, edge) < kSquareness * length) continue;
+            if (!(length > 0) || CrossProduct(tail.ahead, edge) < kCutSquareness * length) continue;
             const Place place = NearestOnSegment(Start(i), End(i), tail.end, i);
             if (place.distance >= nearest || Dot(Minus(place.at, tail.end), tail.ahead) < 0) continue;
             nearest = place.distance;
