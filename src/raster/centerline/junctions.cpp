@@ -18,8 +18,9 @@
 // choice of pairs is found by trying all, the cheap ones first, without those that cannot beat the best known
 // (and no more than a fixed number, which in a tangle leaves a good choice instead of the best).
 //
-// An arm left over runs on straight to the stroke that passes. Where none does, all arms of a junction end
-// where they meet if they do so in one point, and else their lines stay as they were.
+// An arm left over runs on straight to the stroke that passes, or where none does its line stays as it was.
+// But where all arms of a junction or a cluster run into one point and none goes on in another, as where a
+// line ends in a corner, all of them end there (meeting.h).
 #include "raster/centerline/junctions.h"
 
 #include <algorithm>

@@ -215,14 +215,14 @@ void KeepAreas(const RegionMap& map, const RegionOptions& options, const Regions
     for (const Loop& loop : regions.loops) {
         const std::span sides = std::span(regions.sides).subspan(loop.firstSide, loop.sideCount);
         std::size_t steps = 0;
-        std::size_t longest = BorderOf(sides.front());
-        for (const Side side : sides) {
-            const std::size_t count = borders.all[BorderOf(side)].stepCount;
-            steps += count;
-            if (count > borders.all[longest].stepCount) longest = BorderOf(side);
-        }
-        const double most = static_cast<double>(steps) * (1 + options.tolerance);
-        if (std::fabs(static_cast<double>(loop.area)) > most || !IsCollapsed(borders, sides)) continue;
+        for (const Side side : sides) steps += borders.all[BorderOf(side)].stepCount;
+        const double wide = static_cast<double>(steps) * (2 + std::max(0.0, options.tolerance));
+        if (std::fabs(static_cast<double>(loop.area)) > wide || !IsCollapsed(borders, sides)) continue;
+        const auto freedom = [&borders](Side side) {
+            const Border& border = borders.all[BorderOf(side)];
+            return border.isFrame ? 0 : border.stepCount;
+        };
+        const std::size_t longest = BorderOf(*std::ranges::max_element(sides, {}, freedom));
         Border& border = borders.all[longest];
         const auto& chain = points.Of(borders, longest);
         const std::vector<Cubic> lines = border.isLoop ? PolygonOf(chain) : PolylineOf(chain);

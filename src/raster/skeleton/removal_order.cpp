@@ -80,7 +80,7 @@ std::vector<Position> RemovalOrder(const BitPlane& plane, const DistanceMap& dis
         [&count](std::uint64_t word, Position) { count += static_cast<std::size_t>(std::popcount(word)); });
     // Distances lie far apart in memory: looking at each of them once is half the time of sorting.
     const auto keys = std::make_unique_for_overwrite<std::uint32_t[]>(count);
-    std::vector<std::uint32_t> next(std::size_t{kSums} * (kExactSquares + 1));
+    std::vector<std::uint32_t> next(std::size_t{kSums} * kExactSquares / 64);
     std::uint32_t* key = keys.get();
     ColumnSums sums(plane, distances);
     forEachWord([&](std::uint64_t word, Position first) {
