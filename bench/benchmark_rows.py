@@ -127,6 +127,10 @@ RASTERS = [
     Row("edges", "edges_bench", "Canny/{}", "PeerOpenCvCanny/{}", PICTURES, "px",
         "smoothing and slopes in whole rows; the peer has code for this processor's wider registers", mark=2.0,
         square=True),
+    Row("edges as curves", "edges_bench", "Curves/{}", None, PICTURES, "px",
+        "placing each point between pixels by the greys around it, smoothed", square=True),
+    Row("centre lines, strokes of 5 px", "skeleton_bench", "CentreLines/{}", None, PICTURES, "px",
+        "thinning, and following the lines", square=True),
 ]
 
 SHAPES = [

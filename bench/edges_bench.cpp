@@ -70,6 +70,22 @@ BENCHMARK(CannyFindingThresholds)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmar
 BENCHMARK(ShenCastan)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ShenCastanWide)->Arg(4000)->Unit(benchmark::kMillisecond);
 
+/// From the bitmap of edges to curves.
+void Curves(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    const auto levels = Discs(n);
+    CEdgeDetect edges;
+    if (!edges.Detect(GreyView{levels.data(), n, n, n}, {EdgeMethod::Canny, kSigma, EdgeThresholds{20, 50}}))
+        state.SkipWithError("not detected");
+    CPolyPolyBezier curves;
+    for ([[maybe_unused]] auto _ : state) {
+        if (!edges.Output(curves)) state.SkipWithError("no curves");
+    }
+    state.counters["curves"] = curves.GetSize();
+}
+
+BENCHMARK(Curves)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
+
 #ifdef TARVEX_BENCH_OPENCV
 void PeerOpenCvCanny(benchmark::State& state) {
     cv::setNumThreads(1);

@@ -3,6 +3,8 @@
 // N by N pixels of curved strokes of one width, as many as cover about a tenth of the picture. The counter
 // rms is the root of the mean squared distance, in pixels, of the skeleton's pixels from the middle of single
 // straight strokes of that width, ends left out; worst is the largest.
+//
+// CentreLines is the whole way from such a picture to strokes with their widths, crossings mended.
 #include <algorithm>
 #include <numbers>
 
@@ -88,6 +90,20 @@ void Thin(benchmark::State& state) {
            }));
 }
 
+void CentreLines(benchmark::State& state) {
+    Picture picture(static_cast<int>(state.range(0)));
+    Strokes(picture, 5);
+    const CImageTrace tracer(picture.Handle());
+    CentreLineOptions options;
+    options.side = ShapeSide::light;
+    CPolyPolyBezier strokes;
+    CPolyPolyWidth widths;
+    for ([[maybe_unused]] auto _ : state) {
+        if (!tracer.DoTrace(options, strokes, widths)) state.SkipWithError("not traced");
+    }
+    state.counters["strokes"] = strokes.GetSize();
+}
+
 #ifdef TARVEX_BENCH_XIMGPROC
 cv::Mat MatOf(const Picture& picture) {
     cv::Mat mat(picture.Size(), picture.Size(), CV_8U);
@@ -123,6 +139,7 @@ void Sizes(benchmark::internal::Benchmark* bench) {
 }
 
 BENCHMARK(Thin)->Apply(Sizes);
+BENCHMARK(CentreLines)->Arg(400)->Arg(1265)->Arg(4000)->Unit(benchmark::kMillisecond);
 #ifdef TARVEX_BENCH_XIMGPROC
 BENCHMARK(ThinPeer)->Apply(Sizes);
 #endif

@@ -48,8 +48,8 @@ struct CentreLineOptions {
 ///
 /// The lines are thinned as CSkeleton does it, and then placed by the greys at their edges. What a junction
 /// bends is mended: strokes that go straight on through it become one, two that cross at a slant cross in one
-/// place, a third arm runs on to the stroke that passes. Straight lines are straight segments, corners are
-/// corners.
+/// place, a third arm runs on to the stroke that passes, straight lines that end together meet in one point.
+/// Straight lines are straight segments, corners are corners.
 ///
 /// Different objects may be used on different threads.
 class TARVEX_API CImageTrace {

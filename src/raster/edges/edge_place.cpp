@@ -55,17 +55,18 @@ EdgePlacer::EdgePlacer(const GreyView& picture, double sigma)
 EdgePlacer::Tile EdgePlacer::Smoothed(int left, int top) const {
     const auto taps = static_cast<int>(m_weights.size());
     const int radius = taps / 2;
-    std::vector<std::array<double, kTile>> along(static_cast<std::size_t>(kTile + taps - 1));
-    for (int row = 0; row < kTile + taps - 1; ++row) {
-        const std::uint8_t* const levels =
+    const int size = kTile + taps - 1;
+    std::vector<std::array<double, kTile>> along(static_cast<std::size_t>(size));
+    std::vector<double> levels(static_cast<std::size_t>(size));
+    for (int row = 0; row < size; ++row) {
+        const std::uint8_t* const from =
             m_picture.Row(std::clamp(top + row - radius, 0, m_picture.height - 1));
-        for (int column = 0; column < kTile; ++column) {
-            double sum = 0;
-            for (int k = 0; k < taps; ++k) {
-                const int at = std::clamp(left + column + k - radius, 0, m_picture.width - 1);
-                sum += m_weights[static_cast<std::size_t>(k)] * levels[at];
-            }
-            along[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)] = sum;
+        for (int i = 0; i < size; ++i)
+            levels[static_cast<std::size_t>(i)] = from[std::clamp(left + i - radius, 0, m_picture.width - 1)];
+        auto& sums = along[static_cast<std::size_t>(row)];
+        for (std::size_t k = 0; k < m_weights.size(); ++k) {
+            for (std::size_t column = 0; column < kTile; ++column)
+                sums[column] += m_weights[k] * levels[column + k];
         }
     }
     Tile tile = std::make_unique<TileRows>();
@@ -88,14 +89,17 @@ double EdgePlacer::LevelAt(int x, int y) {
 }
 
 EdgePlacer::Patch EdgePlacer::Around(int x, int y) {
-    constexpr int reach = Patch::kReach;
+    constexpr int size = Patch::kSize;
+    double levels[size + 2][size + 2];  // a pixel more on all sides
+    for (int row = 0; row < size + 2; ++row) {
+        for (int column = 0; column < size + 2; ++column)
+            levels[row][column] = LevelAt(x + column - Patch::kReach - 1, y + row - Patch::kReach - 1);
+    }
     Patch patch{};
-    for (int row = -reach; row <= reach; ++row) {
-        for (int column = -reach; column <= reach; ++column) {
-            const int u = x + column;
-            const int v = y + row;
-            patch.gradients[row + reach][column + reach] = {LevelAt(u + 1, v) - LevelAt(u - 1, v),
-                                                            LevelAt(u, v + 1) - LevelAt(u, v - 1)};
+    for (int row = 0; row < size; ++row) {
+        for (int column = 0; column < size; ++column) {
+            patch.gradients[row][column] = {levels[row + 1][column + 2] - levels[row + 1][column],
+                                            levels[row + 2][column + 1] - levels[row][column + 1]};
         }
     }
     return patch;
