@@ -14,7 +14,10 @@ namespace {
 
 void Measure(Input& input, int kind) {
     const auto point = [&] { return TakePoint(input, kind); };
-    CBezier curve(point(), point(), point(), point());
+    const DPOINT p0 = point();  // in statements of their own: the same for every compiler
+    const DPOINT p1 = point();
+    const DPOINT p2 = point();
+    CBezier curve(p0, p1, p2, point());
     curve.SetExpandStraightLines(input.TakeBetween(0, 1) == 1);
     curve.SetResolution(TakeCoordinate(input, input.TakeBetween(0, 3)));
     CArray<DPOINT, DPOINT> points;

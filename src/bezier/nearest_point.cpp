@@ -21,6 +21,7 @@
 //
 // A vertex of the polygon is worked on as two lanes of one register, which halves the operations; what is
 // computed is the same.
+#include <algorithm>
 #include <array>
 #include <bit>
 
@@ -88,9 +89,10 @@ bool IsFlat(const Polygon& w) {
     return std::fabs((above - c) / a - (below - c) / a) < kFlatness;
 }
 
-/// Where the line between the ends crosses the axis.
+/// Where the line between the ends crosses the axis: on the curve, also where the smallest numbers there are
+/// leave the quotient no digits.
 double AxisCrossing(const Polygon& w) {
-    return w.X(0) - w.Y(0) * (w.X(kDegree) - w.X(0)) / (w.Y(kDegree) - w.Y(0));
+    return std::clamp(w.X(0) - w.Y(0) * (w.X(kDegree) - w.X(0)) / (w.Y(kDegree) - w.Y(0)), 0.0, 1.0);
 }
 
 /// Halves the polygon: it becomes its left half, the right half is returned.

@@ -189,6 +189,8 @@ TEST(BezierSegment, NearestParameterOfSpecialPoints) {
     const CBezier point({5, 5}, {5, 5}, {5, 5}, {5, 5});
     const CBezier line({0, 0}, {1, 0}, {2, 0}, {3, 0});
     const CBezier nan({kNaN, 0}, {1, 0}, {2, 0}, {3, 0});
+    // Products of these are subnormal, with hardly a digit.
+    const CBezier tiny({-3.5225442443705094e-132, -3.522544795390783e-132}, {6.8e-304, 0}, {0, 0}, {0, 0});
     struct Case {
         const char* what;
         CBezier curve;
@@ -209,8 +211,13 @@ TEST(BezierSegment, NearestParameterOfSpecialPoints) {
         {"NaN asked for", arch, {kNaN, 1}, 0},
         {"infinitely far", arch, {kInfinity, 1}, 0},
         {"overflowing squares", arch, {1e300, 1e300}, 0},
+        {"the end among subnormal numbers", tiny, {0, 0}, 1},
     };
-    for (const Case& c : cases) EXPECT_NEAR(c.curve.GetNearestCurvePointT(c.p), c.t, 1e-12) << c.what;
+    for (const Case& c : cases) {
+        const double t = c.curve.GetNearestCurvePointT(c.p);
+        EXPECT_NEAR(t, c.t, 1e-12) << c.what;
+        EXPECT_TRUE(t >= 0 && t <= 1) << c.what;
+    }
 }
 
 }  // namespace
